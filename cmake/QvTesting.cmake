@@ -1,0 +1,18 @@
+# Test helpers: one executable per subsystem, every test visible to CTest.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+# qv_add_test_suite(<subsystem> <sources>...): builds qvsysbase_<subsystem>_tests
+# from the listed files, linked against the library's objects (so internal units
+# are reachable) and GoogleTest/GoogleMock.
+function(qv_add_test_suite subsystem)
+  set(target qvsysbase_${subsystem}_tests)
+  add_executable(${target} ${ARGN})
+  target_link_libraries(${target} PRIVATE qvsysbase_objects GTest::gmock GTest::gtest_main)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_definitions(${target} PRIVATE
+    QV_TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/data"
+    QV_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  qv_target_warnings(${target})
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${subsystem})
+endfunction()

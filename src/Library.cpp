@@ -1,0 +1,32 @@
+// The library-lifetime object: runs every unit's start-up step when the library
+// is loaded and the unload steps, in reverse, when it is unloaded.
+//
+// Start-up order:
+//   1. per-unit revision strings: constant-initialised (QV_UNIT), so they are in
+//      place before any dynamic initialiser of the process runs;
+//   2. the locale unit creates the user's default locale;
+//   3. the group-destruction unit's hook (does nothing);
+//   4. the random-stream lock and the two empty random-stream lists;
+//   5. the kernel table, set by IntelSPLHandler::setIntelSPLMode(0, 1) with every
+//      slot empty.
+// Unload runs the matching finalisers in reverse order.
+#include "LibraryHooks.h"
+
+namespace qvsysbase::detail {
+namespace {
+
+class LibraryLifetime {
+ public:
+  LibraryLifetime() {
+  }
+  ~LibraryLifetime() {
+  }
+  LibraryLifetime(const LibraryLifetime&) = delete;
+  LibraryLifetime& operator=(const LibraryLifetime&) = delete;
+};
+
+// The one instance. Its constructor runs at library load.
+const LibraryLifetime g_lifetime;
+
+}  // namespace
+}  // namespace qvsysbase::detail

@@ -1,0 +1,25 @@
+# Installs the built library into a private prefix, then builds and runs a tiny
+# consumer through find_package(qvsysbase CONFIG) and checks pkg-config's answer.
+include(${CMAKE_CURRENT_LIST_DIR}/QvRun.cmake)
+set(prefix ${QV_WORK_DIR}/prefix)
+file(REMOVE_RECURSE ${QV_WORK_DIR})
+qv_run(${CMAKE_COMMAND} --install ${QV_BINARY_DIR} --prefix ${prefix})
+qv_run(${CMAKE_COMMAND} -S ${QV_CONSUMER_DIR} -B ${QV_WORK_DIR}/build -G ${QV_GENERATOR}
+  -DCMAKE_PREFIX_PATH=${prefix})
+qv_run(${CMAKE_COMMAND} --build ${QV_WORK_DIR}/build)
+qv_run(${QV_WORK_DIR}/build/consumer)
+if(NOT QV_LAST_OUTPUT MATCHES "Cause: consumer")
+  message(FATAL_ERROR "unexpected consumer output: ${QV_LAST_OUTPUT}")
+endif()
+
+find_program(PKG_CONFIG pkg-config)
+if(PKG_CONFIG)
+  file(GLOB_RECURSE pc_files ${prefix}/*/qvsysbase.pc)
+  list(GET pc_files 0 pc_file)
+  get_filename_component(pc_dir ${pc_file} DIRECTORY)
+  set(ENV{PKG_CONFIG_PATH} ${pc_dir})
+  qv_run(${PKG_CONFIG} --cflags --libs qvsysbase)
+  if(NOT QV_LAST_OUTPUT MATCHES "-lqvsysbase")
+    message(FATAL_ERROR "pkg-config does not name the library: ${QV_LAST_OUTPUT}")
+  endif()
+endif()

@@ -1,0 +1,21 @@
+// The subcommands of qvsys. Each takes the arguments after its name and returns
+// the process exit status (0 success, 1 failure); errors go to standard error.
+#ifndef QVSYS_COMMANDS_H_
+#define QVSYS_COMMANDS_H_
+
+#include <string>
+#include <vector>
+
+namespace qvsys {
+
+using Arguments = std::vector<std::string>;
+
+struct Command {
+  const char* name;
+  const char* usage;  // one line: arguments and what the command does
+  int (*run)(const Arguments& args);
+};
+
+}  // namespace qvsys
+
+#endif  // QVSYS_COMMANDS_H_
