@@ -10,6 +10,9 @@
 //   5. the kernel table, set by IntelSPLHandler::setIntelSPLMode(0, 1) with every
 //      slot empty.
 // Unload runs the matching finalisers in reverse order.
+//
+// Units keep no dynamically initialised statics of their own: everything that
+// needs construction at load is built here, so the order above is the only one.
 #include "LibraryHooks.h"
 
 namespace qvsysbase::detail {
@@ -18,8 +21,14 @@ namespace {
 class LibraryLifetime {
  public:
   LibraryLifetime() {
+    // step 2: InitializeLocaleUnit();
+    // step 3: InitializeGroupDestructionUnit();
+    // step 4: random streams (a later unit)
+    // step 5: InitializeKernelUnit();
   }
   ~LibraryLifetime() {
+    // reverse: FinalizeKernelUnit(); random streams; FinalizeGroupDestructionUnit();
+    // FinalizeLocaleUnit();
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;

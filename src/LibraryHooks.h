@@ -6,7 +6,18 @@
 
 namespace qvsysbase::detail {
 
-// Add one pair per unit that has start-up work, in the order Library.cpp runs them.
+// Text: creates / destroys the user's default locale (QvLocaleUtil).
+void InitializeLocaleUnit();
+void FinalizeLocaleUnit();
+
+// Foundation: the group-destruction unit's hook (does nothing, kept for its place).
+void InitializeGroupDestructionUnit();
+void FinalizeGroupDestructionUnit();
+
+// Numerics: the kernel table, IntelSPLHandler::setIntelSPLMode(0, 1); on unload
+// the kernel library's buffers are freed when the mode is 1.
+void InitializeKernelUnit();
+void FinalizeKernelUnit();
 
 }  // namespace qvsysbase::detail
 
