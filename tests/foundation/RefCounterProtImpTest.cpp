@@ -154,7 +154,8 @@ TEST(RefCounterProtImpTest, AssigningTheSameObjectCallsNoCounter) {
   SmartRefCountedPtr<int> q(&object, &counter);
   ::testing::Mock::VerifyAndClearExpectations(&counter);
 
-  p = p;
+  SmartRefCountedPtr<int>& alias = p;
+  p = alias;  // self-assignment
   p = q;
   EXPECT_CALL(counter, Release()).Times(2).WillRepeatedly(Return(0));
 }

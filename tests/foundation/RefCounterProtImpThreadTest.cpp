@@ -32,8 +32,13 @@ void RunTogether(Work work) {
 class Shared : public RefCounterProtocolImp {
  public:
   explicit Shared(std::atomic<int>* destroyed) : m_pDestroyed(destroyed) {}
-  ~Shared() override { m_pDestroyed->fetch_add(1); }
-  int m_nPayload = 0;
+  // Reads every thread's slot: whichever thread deletes must see all writes.
+  ~Shared() override {
+    int sum = 0;
+    for (int slot : m_aSlots) sum += slot;
+    m_pDestroyed->fetch_add(sum == kThreads * (kThreads + 1) / 2 ? 1 : 100);
+  }
+  int m_aSlots[kThreads] = {};
 
  private:
   std::atomic<int>* m_pDestroyed;
@@ -73,11 +78,11 @@ TEST(RefCounterProtImpThreadTest, ExactlyOneThreadDeletesAfterTheLastRelease) {
       const SmartRefCountedPtr<Shared> first(object, object);
       copies.assign(kThreads, first);
     }
-    // Each thread writes the payload and drops its copy; the deleting thread
-    // must see the others' writes (the destructor reads nothing, but
-    // ThreadSanitizer checks the release/acquire pairing on the deletion).
+    // Each thread writes its slot through its copy and drops the copy; the
+    // destructor, on whichever thread drops last, reads all slots. Without
+    // release/acquire on the decrement ThreadSanitizer reports those reads.
     RunTogether([&](int t) {
-      copies[t]->m_nPayload = t;
+      copies[t]->m_aSlots[t] = t + 1;
       copies[t] = SmartRefCountedPtr<Shared>();
     });
     ASSERT_EQ(destroyed.load(), 1) << "round " << round;
