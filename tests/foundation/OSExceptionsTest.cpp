@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <typeinfo>
+#include <vector>
 
 #include "qvsysbase/OSExceptions.h"
 
@@ -16,82 +19,61 @@ namespace {
 // the handlers, the signal mask and the unwinding are back in order every time.
 constexpr int kRepetitions = 200;
 
-std::string Translate(std::uint32_t code, std::uint32_t flags, const std::type_info** type) {
+// What the handler does with a record: "declined <result>" or the thrown
+// exception's exact type and text.
+std::string Translate(std::uint32_t code, std::uint32_t flags) {
   OSExceptionRecord record{code, flags};
   try {
-    const int result = myOSExceptionsHandlerNoVCL(&record, nullptr, nullptr, nullptr);
-    return "declined " + std::to_string(result);
+    return "declined " +
+           std::to_string(myOSExceptionsHandlerNoVCL(&record, nullptr, nullptr, nullptr));
   } catch (const std::exception& e) {
-    *type = &typeid(e);
-    return e.what();
+    const char* type = typeid(e) == typeid(std::overflow_error)    ? "overflow: "
+                       : typeid(e) == typeid(std::underflow_error) ? "underflow: "
+                       : typeid(e) == typeid(std::runtime_error)   ? "runtime: "
+                                                                   : "other: ";
+    return type + std::string(e.what());
   }
 }
 
-TEST(OSExceptionsTest, TranslatesEveryCodeOfTheTable) {
+TEST(OSExceptionsTest, TranslatesCodesAndDeclinesRunTimeCodesAndUnwindingRecords) {
   const struct {
-    std::uint32_t code;
-    const char* text;
-    const std::type_info& type;
-  } rows[] = {
-      {0xC0000005, "access violation", typeid(std::runtime_error)},
-      {0xC0000006, "page error", typeid(std::runtime_error)},
-      {0xC0000008, "invalid handle", typeid(std::runtime_error)},
-      {0xC0000017, "no memory", typeid(std::runtime_error)},
-      {0xC000001D, "illegal instruction", typeid(std::runtime_error)},
-      {0xC0000025, "noncontinuable exception", typeid(std::runtime_error)},
-      {0xC0000026, "invalid disposition", typeid(std::runtime_error)},
-      {0xC000008C, "array bounds exceeded", typeid(std::runtime_error)},
-      {0xC000008D, "denormal operand", typeid(std::runtime_error)},
-      {0xC000008E, "float divide by zero", typeid(std::runtime_error)},
-      {0xC000008F, "inexact result", typeid(std::runtime_error)},
-      {0xC0000090, "float invalid operation", typeid(std::runtime_error)},
-      {0xC0000091, "float overflow", typeid(std::overflow_error)},
-      {0xC0000092, "float stack check", typeid(std::runtime_error)},
-      {0xC0000093, "float underflow", typeid(std::underflow_error)},
-      {0xC0000094, "integer divide by zero", typeid(std::runtime_error)},
-      {0xC0000095, "integer overflow", typeid(std::overflow_error)},
-      {0xC0000096, "privileged instruction", typeid(std::runtime_error)},
-      {0xC00000FD, "stack overflow", typeid(std::runtime_error)},
-      {0xC000013A, "control C exit", typeid(std::runtime_error)},
-      {0xC00002B4, "float multiple faults", typeid(std::runtime_error)},
-      {0xC00002B5, "float multiple traps", typeid(std::runtime_error)},
-      {0xC00002C9, "reg nat consumption", typeid(std::runtime_error)},
-      {0xC0000001, "unrecognised exception code", typeid(std::runtime_error)},
-      {0x80000002, "unrecognised exception code", typeid(std::runtime_error)},
-      {0, "unrecognised exception code", typeid(std::runtime_error)},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.code);
-    const std::type_info* type = nullptr;
-    EXPECT_EQ(Translate(row.code, 0, &type), row.text);
-    ASSERT_NE(type, nullptr);
-    EXPECT_EQ(*type, row.type);
-  }
-}
-
-TEST(OSExceptionsTest, DeclinesRunTimeCodesAndUnwindingRecords) {
-  const struct {
-    std::uint32_t code;
-    std::uint32_t flags;
+    std::uint32_t code, flags;
     const char* expected;
   } rows[] = {
-      {0xC0000094, 0x2, "declined 1"},
-      {0xC0000094, 0x4, "declined 1"},
-      {0xC0000094, 0x8, "declined 1"},
+      // clang-format off
+      {0xC0000005, 0, "runtime: access violation"},  {0xC0000006, 0, "runtime: page error"},
+      {0xC0000008, 0, "runtime: invalid handle"},    {0xC0000017, 0, "runtime: no memory"},
+      {0xC000001D, 0, "runtime: illegal instruction"},
+      {0xC0000025, 0, "runtime: noncontinuable exception"},
+      {0xC0000026, 0, "runtime: invalid disposition"},
+      {0xC000008C, 0, "runtime: array bounds exceeded"},
+      {0xC000008D, 0, "runtime: denormal operand"},
+      {0xC000008E, 0, "runtime: float divide by zero"},
+      {0xC000008F, 0, "runtime: inexact result"},
+      {0xC0000090, 0, "runtime: float invalid operation"},
+      {0xC0000091, 0, "overflow: float overflow"},   {0xC0000092, 0, "runtime: float stack check"},
+      {0xC0000093, 0, "underflow: float underflow"},
+      {0xC0000094, 0, "runtime: integer divide by zero"},
+      {0xC0000095, 0, "overflow: integer overflow"},
+      {0xC0000096, 0, "runtime: privileged instruction"},
+      {0xC00000FD, 0, "runtime: stack overflow"},    {0xC000013A, 0, "runtime: control C exit"},
+      {0xC00002B4, 0, "runtime: float multiple faults"},
+      {0xC00002B5, 0, "runtime: float multiple traps"},
+      {0xC00002C9, 0, "runtime: reg nat consumption"},
+      {0xC0000001, 0, "runtime: unrecognised exception code"},
+      {0x80000002, 0, "runtime: unrecognised exception code"},
+      // Declined: the run-times' own codes whatever the flags, and any flag of 0x2E.
+      {0x0EEFFACE, 0, "declined 1"},   {0x0EEFFACE, 0xFFFFFFFF, "declined 1"},
+      {0x0EEDFADE, 0, "declined 1"},   {0xC0000094, 0x2, "declined 1"},
+      {0xC0000094, 0x4, "declined 1"}, {0xC0000094, 0x8, "declined 1"},
       {0xC0000094, 0x20, "declined 1"},
-      {0xC0000005, 0x2E, "declined 1"},
-      {0x0EEFFACE, 0, "declined 1"},
-      {0x0EEFFACE, 0xFFFFFFFF, "declined 1"},
-      {0x0EEDFADE, 0, "declined 1"},
       // Flags outside the mask (0x1 non-continuable, 0x10 nested) do not decline.
-      {0xC0000094, 0x1, "integer divide by zero"},
-      {0xC0000094, 0x10, "integer divide by zero"},
-      {0xC0000094, 0xFFFFFFD1, "integer divide by zero"},
+      {0xC0000094, 0xFFFFFFD1, "runtime: integer divide by zero"},
+      // clang-format on
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(::testing::Message() << std::hex << row.code << " flags " << row.flags);
-    const std::type_info* type = nullptr;
-    EXPECT_EQ(Translate(row.code, row.flags, &type), row.expected);
+    EXPECT_EQ(Translate(row.code, row.flags), row.expected);
   }
 }
 
@@ -168,6 +150,33 @@ TEST_F(OSExceptionsDeathTest, NestedGuardedCallsEachCatchTheirOwnFault) {
   EXPECT_EXIT(ExpectFaultsArrive(nested, &DivideByZero, "access violation"),
               ::testing::ExitedWithCode(0),
               "failures=0 after=42");
+}
+
+// Threads fault at the same time, half dividing and half writing: each fault
+// goes back to the guarded call of its own thread with its own text.
+[[noreturn]] void FaultOnSeveralThreads() {
+  constexpr int kThreads = 4;
+  std::atomic<int> translated{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&translated, divide = t % 2 == 0] {
+      const std::string expected = divide ? "integer divide by zero" : "access violation";
+      for (int i = 0; i < kRepetitions; ++i) {
+        try {
+          CallTranslatingOSExceptions(divide ? &DivideByZero : &WriteToInvalidAddress);
+        } catch (const std::runtime_error& e) {
+          if (e.what() == expected) ++translated;
+        }
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  std::fprintf(stderr, "translated=%d\n", translated.load());
+  std::exit(translated == kThreads * kRepetitions ? 0 : 1);
+}
+
+TEST_F(OSExceptionsDeathTest, GuardedCallsOnSeveralThreadsKeepTheirOwnFaults) {
+  EXPECT_EXIT(FaultOnSeveralThreads(), ::testing::ExitedWithCode(0), "translated=800");
 }
 
 TEST(OSExceptionsTest, GuardedCallReturnsTheResultAndPassesExceptionsThrough) {
