@@ -29,6 +29,13 @@ function(qv_add_thread_test_suite subsystem)
   target_link_libraries(${target} PRIVATE qvsysbase_objects GTest::gmock GTest::gtest_main)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   qv_target_warnings(${target})
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${subsystem};threads")
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60)
+  # Discovery cannot carry a list-valued property (it splits "a;b" into a label
+  # and a stray property name), so both labels are set once the discovered tests
+  # have been read.
+  set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${target}_labels.cmake)
+  file(CONFIGURE OUTPUT ${labels_file} @ONLY CONTENT
+    "if(@target@_TESTS)\n  set_tests_properties(\${@target@_TESTS} PROPERTIES LABELS \"@subsystem@;threads\")\nendif()\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels_file})
   add_dependencies(qvsysbase_thread_tests ${target})
 endfunction()

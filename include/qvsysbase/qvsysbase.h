@@ -4,6 +4,8 @@
 
 #include "qvsysbase/Export.h"
 #include "qvsysbase/KernelErrorReport.h"
+#include "qvsysbase/OSExceptions.h"
+#include "qvsysbase/RefCounterProt.h"
 #include "qvsysbase/qvExcept.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
