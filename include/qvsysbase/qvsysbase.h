@@ -2,8 +2,11 @@
 #ifndef QVSYSBASE_QVSYSBASE_H_
 #define QVSYSBASE_QVSYSBASE_H_
 
+#include "qvsysbase/Aborter.h"
 #include "qvsysbase/Export.h"
 #include "qvsysbase/KernelErrorReport.h"
+#include "qvsysbase/QvCallbackProt.h"
+#include "qvsysbase/SenderReceiver.h"
 #include "qvsysbase/qvExcept.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
