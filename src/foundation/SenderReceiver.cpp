@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
-#include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -21,27 +21,55 @@ namespace {
 struct Link {
   const QvSender* pSender;
   QvReceiver* pReceiver;
-  Link* pPrev = nullptr;  // the sender's chain, in link order
-  Link* pNext = nullptr;
+  std::size_t nSlot;  // index in its sender's list
   Link* pNextRetired = nullptr;
   bool bLive = true;
 };
 
-// The links of one sender, oldest first: the dispatch order.
-struct SenderChain {
-  Link* pFirst = nullptr;
-  Link* pLast = nullptr;
+// An entry of a sender's list. The receiver is kept beside its link so that
+// a dispatch reads one contiguous array and touches a link only when links
+// were removed since its snapshot was taken.
+struct Target {
+  Link* pLink;  // null: a hole left by a removed link
+  QvReceiver* pReceiver;
+};
 
+// The links of one sender, oldest first: the dispatch order. Removal leaves a
+// hole instead of shifting the tail; the list is compacted once holes outnumber
+// the live links (plus a small slack), so removal is amortised O(1) and the
+// list is never more than about twice its live length.
+class SenderList {
+ public:
   void Append(Link* pLink) {
-    pLink->pPrev = pLast;
-    (pLast ? pLast->pNext : pFirst) = pLink;
-    pLast = pLink;
+    pLink->nSlot = m_vecTargets.size();
+    m_vecTargets.push_back({pLink, pLink->pReceiver});
+    ++m_nLive;
   }
-  void Remove(Link* pLink) {
-    (pLink->pPrev ? pLink->pPrev->pNext : pFirst) = pLink->pNext;
-    (pLink->pNext ? pLink->pNext->pPrev : pLast) = pLink->pPrev;
+  void Remove(const Link* pLink) {
+    m_vecTargets[pLink->nSlot].pLink = nullptr;
+    --m_nLive;
+    if (m_vecTargets.size() - m_nLive > m_nLive + kHoleSlack) Compact();
   }
-  bool IsEmpty() const { return pFirst == nullptr; }
+  bool IsEmpty() const { return m_nLive == 0; }
+  const std::vector<Target>& Targets() const { return m_vecTargets; }
+
+ private:
+  // Holes tolerated beyond the live count, so that short lists do not compact
+  // on every removal.
+  static constexpr std::size_t kHoleSlack = 8;
+
+  void Compact() {
+    std::size_t nKept = 0;
+    for (const Target& target : m_vecTargets) {
+      if (target.pLink == nullptr) continue;
+      target.pLink->nSlot = nKept;
+      m_vecTargets[nKept++] = target;
+    }
+    m_vecTargets.resize(nKept);
+  }
+
+  std::vector<Target> m_vecTargets;
+  std::size_t m_nLive = 0;
 };
 
 // Links are keyed receiver first, so that the links of one receiver are one
@@ -64,12 +92,18 @@ struct LinkKeyLess {
 // The process-wide registry of links.
 //
 // Invariants:
-// - m_mapLinks holds exactly the live links; each is also in the chain of its
-//   sender in m_mapSenders, and a sender has an entry only while its chain is
-//   not empty. The registered receivers are the first halves of the keys.
+// - m_mapLinks holds exactly the live links; each is also in the list of its
+//   sender in m_mapSenders, and a sender has an entry only while it has a live
+//   link. The registered receivers are the first halves of the keys.
 // - Links removed while m_nDispatchDepth > 0 wait in m_pRetired and are freed
 //   when the outermost dispatch ends; otherwise they are freed at once.
-// Linking and unlinking one link costs O(log n) in the number of links.
+// - m_nRemovals counts removed links; a dispatch whose snapshot was taken at
+//   the same count knows that every link of its snapshot is still live.
+// Linking and unlinking one link costs O(log n) in the number of links
+// (amortised: a sender's list grows and compacts now and then, and the sender
+// index is hashed). Hashing the senders lets a dispatch find its list in
+// constant expected time however many senders the process has; the links stay
+// ordered because a receiver's links must be found as one range.
 class SendRecContainer {
  public:
   SendRecContainer() = default;
@@ -84,9 +118,14 @@ class SendRecContainer {
     const auto [it, bInserted] = m_mapLinks.try_emplace(LinkKey(pReceiver, pSender), nullptr);
     if (!bInserted) return;
     try {
-      it->second = new Link{pSender, pReceiver};
+      it->second = new Link{pSender, pReceiver, 0};
       m_mapSenders[pSender].Append(it->second);
     } catch (...) {
+      // The link never entered its sender's list; drop a list made for it.
+      const auto itSender = m_mapSenders.find(pSender);
+      if (itSender != m_mapSenders.end() && itSender->second.IsEmpty()) {
+        m_mapSenders.erase(itSender);
+      }
       delete it->second;
       m_mapLinks.erase(it);
       throw;
@@ -109,16 +148,18 @@ class SendRecContainer {
   void RemoveSender(const QvSender* pSender) {
     const auto itSender = m_mapSenders.find(pSender);
     if (itSender == m_mapSenders.end()) return;
-    for (Link* pLink = itSender->second.pFirst; pLink != nullptr;) {
-      Link* const pNext = pLink->pNext;
-      m_mapLinks.erase(LinkKey(pLink->pReceiver, pSender));
-      Retire(pLink);
-      pLink = pNext;
+    for (const Target& target : itSender->second.Targets()) {
+      if (target.pLink == nullptr) continue;
+      m_mapLinks.erase(LinkKey(target.pReceiver, pSender));
+      Retire(target.pLink);
     }
     m_mapSenders.erase(itSender);
   }
 
-  bool HasReceiver(const QvSender* pSender) const { return m_mapSenders.contains(pSender); }
+  bool HasReceiver(const QvSender* pSender) const {
+    const auto itSender = m_mapSenders.find(pSender);
+    return itSender != m_mapSenders.end() && !itSender->second.IsEmpty();
+  }
 
   bool IsEmpty() const { return m_mapLinks.empty() && m_nDispatchDepth == 0; }
 
@@ -129,16 +170,18 @@ class SendRecContainer {
     const auto itSender = m_mapSenders.find(pSender);
     if (itSender == m_mapSenders.end()) return;
     DispatchScope scope(*this);
-    std::vector<Link*>& snapshot = scope.Snapshot();
-    for (Link* pLink = itSender->second.pFirst; pLink != nullptr; pLink = pLink->pNext) {
-      snapshot.push_back(pLink);
-    }
+    std::vector<Target>& snapshot = scope.Snapshot();
+    snapshot.assign(itSender->second.Targets().begin(), itSender->second.Targets().end());
+    const std::size_t nRemovalsAtSnapshot = m_nRemovals;
     // Handlers may re-enter the registry, which can reallocate m_vecSnapshots
     // but never this snapshot's own buffer: read through a stable pointer.
-    Link* const* const pLinks = snapshot.data();
-    const std::size_t nLinks = snapshot.size();
-    for (std::size_t i = 0; i < nLinks; ++i) {
-      if (pLinks[i]->bLive) notify(pLinks[i]->pReceiver);
+    const Target* const pTargets = snapshot.data();
+    const std::size_t nTargets = snapshot.size();
+    for (std::size_t i = 0; i < nTargets; ++i) {
+      const Target& target = pTargets[i];
+      if (target.pLink == nullptr) continue;
+      if (m_nRemovals != nRemovalsAtSnapshot && !target.pLink->bLive) continue;
+      notify(target.pReceiver);
     }
   }
 
@@ -161,14 +204,14 @@ class SendRecContainer {
     DispatchScope(const DispatchScope&) = delete;
     DispatchScope& operator=(const DispatchScope&) = delete;
 
-    std::vector<Link*>& Snapshot() { return m_Container.m_vecSnapshots[m_nDepth]; }
+    std::vector<Target>& Snapshot() { return m_Container.m_vecSnapshots[m_nDepth]; }
 
    private:
     SendRecContainer& m_Container;
     std::size_t m_nDepth;
   };
 
-  // Takes a live link out of its sender's chain; the caller erases its key.
+  // Takes a live link out of its sender's list; the caller erases its key.
   void Detach(Link* pLink) {
     const auto itSender = m_mapSenders.find(pLink->pSender);
     itSender->second.Remove(pLink);
@@ -178,6 +221,7 @@ class SendRecContainer {
 
   void Retire(Link* pLink) {
     pLink->bLive = false;
+    ++m_nRemovals;
     if (m_nDispatchDepth == 0) {
       delete pLink;
       return;
@@ -195,12 +239,13 @@ class SendRecContainer {
   }
 
   std::map<LinkKey, Link*, LinkKeyLess> m_mapLinks;
-  std::map<const QvSender*, SenderChain> m_mapSenders;
+  std::unordered_map<const QvSender*, SenderList> m_mapSenders;
   std::size_t m_nDispatchDepth = 0;
+  std::size_t m_nRemovals = 0;
   Link* m_pRetired = nullptr;
   // One reusable snapshot buffer per nesting depth, so that a steady stream of
   // events allocates nothing.
-  std::vector<std::vector<Link*>> m_vecSnapshots;
+  std::vector<std::vector<Target>> m_vecSnapshots;
 };
 
 // The registry exists while any link does: it is built by the first link and
