@@ -104,6 +104,8 @@ class QVSYSBASE_API QvReceiverWithSingleSender : public QvReceiver {
   QvReceiverWithSingleSender() = default;
   // A copy starts unlinked; assignment leaves this object's link alone.
   QvReceiverWithSingleSender(const QvReceiverWithSingleSender&) noexcept : QvReceiver() {}
+  // cppcheck-suppress operatorEqVarError ; the link is not copied, on purpose
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): copies nothing, so self-assignment is moot
   QvReceiverWithSingleSender& operator=(const QvReceiverWithSingleSender&) noexcept {
     return *this;
   }

@@ -8,7 +8,9 @@ namespace {
 // A missing callback is not an error: the operation that would use it does nothing.
 template <typename Callback, typename... Args>
 void CallIfSet(Callback* pCallback, Args&&... args) {
-  if (pCallback != nullptr) (*pCallback)(std::forward<Args>(args)...);
+  if (pCallback != nullptr) {
+    (*pCallback)(std::forward<Args>(args)...);
+  }
 }
 
 }  // namespace

@@ -48,7 +48,9 @@ class SenderList {
   void Remove(const Link* pLink) {
     m_vecTargets[pLink->nSlot].pLink = nullptr;
     --m_nLive;
-    if (m_vecTargets.size() - m_nLive > m_nLive + kHoleSlack) Compact();
+    if (m_vecTargets.size() - m_nLive > m_nLive + kHoleSlack) {
+      Compact();
+    }
   }
   bool IsEmpty() const { return m_nLive == 0; }
   const std::vector<Target>& Targets() const { return m_vecTargets; }
@@ -61,7 +63,9 @@ class SenderList {
   void Compact() {
     std::size_t nKept = 0;
     for (const Target& target : m_vecTargets) {
-      if (target.pLink == nullptr) continue;
+      if (target.pLink == nullptr) {
+        continue;
+      }
       target.pLink->nSlot = nKept;
       m_vecTargets[nKept++] = target;
     }
@@ -82,7 +86,9 @@ struct LinkKeyLess {
     return std::less<const QvReceiver*>()(a, b);
   }
   bool operator()(const LinkKey& a, const LinkKey& b) const {
-    if (a.first != b.first) return Less(a.first, b.first);
+    if (a.first != b.first) {
+      return Less(a.first, b.first);
+    }
     return std::less<const QvSender*>()(a.second, b.second);
   }
   bool operator()(const LinkKey& a, const QvReceiver* b) const { return Less(a.first, b); }
@@ -110,13 +116,17 @@ class SendRecContainer {
   SendRecContainer(const SendRecContainer&) = delete;
   SendRecContainer& operator=(const SendRecContainer&) = delete;
   ~SendRecContainer() {
-    for (auto& entry : m_mapLinks) delete entry.second;
+    for (const auto& entry : m_mapLinks) {
+      delete entry.second;
+    }
     FreeRetired();
   }
 
   void AddLink(const QvSender* pSender, QvReceiver* pReceiver) {
     const auto [it, bInserted] = m_mapLinks.try_emplace(LinkKey(pReceiver, pSender), nullptr);
-    if (!bInserted) return;
+    if (!bInserted) {
+      return;
+    }
     try {
       it->second = new Link{pSender, pReceiver, 0};
       m_mapSenders[pSender].Append(it->second);
@@ -134,22 +144,30 @@ class SendRecContainer {
 
   void RemoveLink(const QvSender* pSender, const QvReceiver* pReceiver) {
     const auto it = m_mapLinks.find(LinkKey(pReceiver, pSender));
-    if (it == m_mapLinks.end()) return;
+    if (it == m_mapLinks.end()) {
+      return;
+    }
     Detach(it->second);
     m_mapLinks.erase(it);
   }
 
   void RemoveReceiver(const QvReceiver* pReceiver) {
     const auto [first, last] = m_mapLinks.equal_range(pReceiver);
-    for (auto it = first; it != last; ++it) Detach(it->second);
+    for (auto it = first; it != last; ++it) {
+      Detach(it->second);
+    }
     m_mapLinks.erase(first, last);
   }
 
   void RemoveSender(const QvSender* pSender) {
     const auto itSender = m_mapSenders.find(pSender);
-    if (itSender == m_mapSenders.end()) return;
+    if (itSender == m_mapSenders.end()) {
+      return;
+    }
     for (const Target& target : itSender->second.Targets()) {
-      if (target.pLink == nullptr) continue;
+      if (target.pLink == nullptr) {
+        continue;
+      }
       m_mapLinks.erase(LinkKey(target.pReceiver, pSender));
       Retire(target.pLink);
     }
@@ -168,7 +186,9 @@ class SendRecContainer {
   template <typename Notify>
   void Dispatch(const QvSender* pSender, const Notify& notify) {
     const auto itSender = m_mapSenders.find(pSender);
-    if (itSender == m_mapSenders.end()) return;
+    if (itSender == m_mapSenders.end()) {
+      return;
+    }
     DispatchScope scope(*this);
     std::vector<Target>& snapshot = scope.Snapshot();
     snapshot.assign(itSender->second.Targets().begin(), itSender->second.Targets().end());
@@ -179,8 +199,14 @@ class SendRecContainer {
     const std::size_t nTargets = snapshot.size();
     for (std::size_t i = 0; i < nTargets; ++i) {
       const Target& target = pTargets[i];
-      if (target.pLink == nullptr) continue;
-      if (m_nRemovals != nRemovalsAtSnapshot && !target.pLink->bLive) continue;
+      if (target.pLink == nullptr) {
+        continue;
+      }
+      // The handlers called so far may have removed links.
+      // cppcheck-suppress knownConditionTrueFalse
+      if (m_nRemovals != nRemovalsAtSnapshot && !target.pLink->bLive) {
+        continue;
+      }
       notify(target.pReceiver);
     }
   }
@@ -199,7 +225,9 @@ class SendRecContainer {
     }
     ~DispatchScope() {
       m_Container.m_vecSnapshots[m_nDepth].clear();
-      if (--m_Container.m_nDispatchDepth == 0) m_Container.FreeRetired();
+      if (--m_Container.m_nDispatchDepth == 0) {
+        m_Container.FreeRetired();
+      }
     }
     DispatchScope(const DispatchScope&) = delete;
     DispatchScope& operator=(const DispatchScope&) = delete;
@@ -215,7 +243,9 @@ class SendRecContainer {
   void Detach(Link* pLink) {
     const auto itSender = m_mapSenders.find(pLink->pSender);
     itSender->second.Remove(pLink);
-    if (itSender->second.IsEmpty()) m_mapSenders.erase(itSender);
+    if (itSender->second.IsEmpty()) {
+      m_mapSenders.erase(itSender);
+    }
     Retire(pLink);
   }
 
@@ -255,7 +285,9 @@ class SendRecContainer {
 constinit SendRecContainer* g_pContainer = nullptr;
 
 SendRecContainer& Container() {
-  if (g_pContainer == nullptr) g_pContainer = new SendRecContainer;
+  if (g_pContainer == nullptr) {
+    g_pContainer = new SendRecContainer;
+  }
   return *g_pContainer;
 }
 
@@ -268,7 +300,9 @@ void ReleaseContainerIfEmpty() {
 
 template <typename Notify>
 void DispatchFrom(const QvSender* pSender, const Notify& notify) {
-  if (g_pContainer == nullptr) return;
+  if (g_pContainer == nullptr) {
+    return;
+  }
   // A handler may remove the last link; the registry is released once the
   // dispatch has let go of it, also when a handler throws.
   struct ReleaseAfterwards {
@@ -285,7 +319,9 @@ void DispatchFrom(const QvSender* pSender, const Notify& notify) {
 QvSender::~QvSender() { Withdraw(); }
 
 void QvSender::Withdraw() const {
-  if (g_pContainer == nullptr) return;
+  if (g_pContainer == nullptr) {
+    return;
+  }
   g_pContainer->RemoveSender(this);
   ReleaseContainerIfEmpty();
 }
@@ -309,18 +345,24 @@ void QvSender::FireEventEx(qvNotifyType::NotifyEnumType what, unsigned value) co
 QvReceiver::~QvReceiver() { QvReceiver::RemoveAllSendersLinks(); }
 
 void QvReceiver::AddSenderLink(const QvSender* pSender) {
-  if (pSender == nullptr) return;
+  if (pSender == nullptr) {
+    return;
+  }
   Container().AddLink(pSender, this);
 }
 
 void QvReceiver::RemoveSenderLink(const QvSender* pSender) {
-  if (pSender == nullptr || g_pContainer == nullptr) return;
+  if (pSender == nullptr || g_pContainer == nullptr) {
+    return;
+  }
   g_pContainer->RemoveLink(pSender, this);
   ReleaseContainerIfEmpty();
 }
 
 void QvReceiver::RemoveAllSendersLinks() {
-  if (g_pContainer == nullptr) return;
+  if (g_pContainer == nullptr) {
+    return;
+  }
   g_pContainer->RemoveReceiver(this);
   ReleaseContainerIfEmpty();
 }
@@ -333,14 +375,18 @@ void QvReceiver::ObjectChangedEx(qvNotifyType::NotifyEnumType, unsigned, const Q
 QvReceiverWithSingleSender::~QvReceiverWithSingleSender() { m_pSender = nullptr; }
 
 void QvReceiverWithSingleSender::AddSenderLink(const QvSender* pSender) {
-  if (pSender == m_pSender) return;
+  if (pSender == m_pSender) {
+    return;
+  }
   QV_ASSERT(!m_pSender);
   QvReceiver::AddSenderLink(pSender);
   m_pSender = pSender;
 }
 
 void QvReceiverWithSingleSender::RemoveSenderLink(const QvSender* pSender) {
-  if (pSender == nullptr) return;
+  if (pSender == nullptr) {
+    return;
+  }
   QV_ASSERT(m_pSender == pSender);
   m_pSender = nullptr;
   QvReceiver::RemoveSenderLink(pSender);
