@@ -12,6 +12,11 @@
 QV_UNIT("SenderReceiver", "$Revision: #1 $")
 
 namespace qvsysbase {
+
+// The registry keeps every link, so that both sides stay a bare object.
+static_assert(sizeof(QvSender) == sizeof(void*), "a sender is one pointer in size");
+static_assert(sizeof(QvReceiver) == sizeof(void*), "a receiver holds no links itself");
+
 namespace {
 
 // One link between a sender and a receiver. A link removed while a dispatch
