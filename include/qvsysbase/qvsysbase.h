@@ -2,10 +2,13 @@
 #ifndef QVSYSBASE_QVSYSBASE_H_
 #define QVSYSBASE_QVSYSBASE_H_
 
+#include "qvsysbase/Aborter.h"
 #include "qvsysbase/Export.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/OSExceptions.h"
-#include "qvsysbase/RefCounterProt.h"
+#include "qvsysbase/QvCallbackProt.h"
 #include "qvsysbase/qvExcept.h"
+#include "qvsysbase/RefCounterProt.h"
+#include "qvsysbase/SenderReceiver.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
