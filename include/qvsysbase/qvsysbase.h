@@ -2,7 +2,9 @@
 #ifndef QVSYSBASE_QVSYSBASE_H_
 #define QVSYSBASE_QVSYSBASE_H_
 
+#include "qvsysbase/CriticalSection.h"
 #include "qvsysbase/Export.h"
+#include "qvsysbase/GroupDestructor.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/qvExcept.h"
 
