@@ -3,6 +3,7 @@
 #define QVSYSBASE_QVSYSBASE_H_
 
 #include "qvsysbase/CriticalSection.h"
+#include "qvsysbase/Cypher.h"
 #include "qvsysbase/Export.h"
 #include "qvsysbase/GroupDestructor.h"
 #include "qvsysbase/KernelErrorReport.h"
