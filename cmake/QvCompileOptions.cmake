@@ -1,6 +1,10 @@
 # Warning flags live here only; presets switch -Werror on through QVSYSBASE_WERROR.
 function(qv_target_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic)
+  # Checks the lock annotations of qvsysbase/CriticalSection.h (clang only).
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    target_compile_options(${target} PRIVATE -Wthread-safety)
+  endif()
   if(QVSYSBASE_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

@@ -18,8 +18,11 @@ function(qv_add_test_suite subsystem)
 endfunction()
 
 # qv_add_thread_test_suite(<subsystem> <sources>...): tests of what promises thread
-# safety, in their own executable labelled "threads", which scripts/test also
-# builds and runs under ThreadSanitizer (the tsan preset, target qvsysbase_thread_tests).
+# safety, in their own executable labelled "<subsystem>-threads", which scripts/test
+# also builds and runs under ThreadSanitizer (the tsan preset, target
+# qvsysbase_thread_tests). One label, because a list given to gtest_discover_tests
+# arrives split into separate arguments; `ctest -L` takes a regular expression, so
+# both -L threads and -L <subsystem> select these tests.
 if(NOT TARGET qvsysbase_thread_tests)
   add_custom_target(qvsysbase_thread_tests)
 endif()
@@ -29,13 +32,6 @@ function(qv_add_thread_test_suite subsystem)
   target_link_libraries(${target} PRIVATE qvsysbase_objects GTest::gmock GTest::gtest_main)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   qv_target_warnings(${target})
-  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60)
-  # Discovery cannot carry a list-valued property (it splits "a;b" into a label
-  # and a stray property name), so both labels are set once the discovered tests
-  # have been read.
-  set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${target}_labels.cmake)
-  file(CONFIGURE OUTPUT ${labels_file} @ONLY CONTENT
-    "if(@target@_TESTS)\n  set_tests_properties(\${@target@_TESTS} PROPERTIES LABELS \"@subsystem@;threads\")\nendif()\n")
-  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels_file})
+  gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${subsystem}-threads")
   add_dependencies(qvsysbase_thread_tests ${target})
 endfunction()

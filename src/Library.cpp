@@ -22,12 +22,13 @@ class LibraryLifetime {
  public:
   LibraryLifetime() {
     // step 2: InitializeLocaleUnit();
-    // step 3: InitializeGroupDestructionUnit();
+    InitializeGroupDestructionUnit();  // step 3
     // step 4: random streams (a later unit)
     // step 5: InitializeKernelUnit();
   }
   ~LibraryLifetime() {
-    // reverse: FinalizeKernelUnit(); random streams; FinalizeGroupDestructionUnit();
+    // reverse: FinalizeKernelUnit(); random streams
+    FinalizeGroupDestructionUnit();
     // FinalizeLocaleUnit();
   }
   LibraryLifetime(const LibraryLifetime&) = delete;

@@ -3,7 +3,10 @@
 #define QVSYSBASE_QVSYSBASE_H_
 
 #include "qvsysbase/Aborter.h"
+#include "qvsysbase/CriticalSection.h"
+#include "qvsysbase/Cypher.h"
 #include "qvsysbase/Export.h"
+#include "qvsysbase/GroupDestructor.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/OSExceptions.h"
 #include "qvsysbase/QvCallbackProt.h"
