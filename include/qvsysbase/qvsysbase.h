@@ -5,5 +5,8 @@
 #include "qvsysbase/Export.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/qvExcept.h"
+#include "qvsysbase/LoadStream.h"
+#include "qvsysbase/SaveStream.h"
+#include "qvsysbase/StreamObject.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
