@@ -7,6 +7,7 @@
 #include "qvsysbase/qvExcept.h"
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/SaveStream.h"
+#include "qvsysbase/StreamInspector.h"
 #include "qvsysbase/StreamObject.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
