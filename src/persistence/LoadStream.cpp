@@ -244,11 +244,9 @@ void LoadStreamImpl::ReadWideString(std::wstring& value) {
     Fail();
     return;
   }
-  std::u16string buffer(units, u'\0');
   const auto* bytes = reinterpret_cast<const unsigned char*>(m_pIn->data.data() + m_pIn->pos);
-  for (std::size_t i = 0; i < units; ++i) buffer[i] = fmt::DecodeLE<std::uint16_t>(bytes + 2 * i);
   m_pIn->pos += std::size_t{units} * 2;
-  value = fmt::FromUtf16(buffer.data(), buffer.size());
+  fmt::AppendFromUtf16LE(bytes, units, value);
 }
 
 bool LoadStreamImpl::ReadClassHeader(StreamObjectProt& object, std::int32_t& major,

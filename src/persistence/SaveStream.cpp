@@ -313,34 +313,55 @@ SaveStream& SaveStream::operator<<(const std::string& value) {
 }
 
 namespace {
-void WriteUnits(SaveStreamImpl& impl, const std::u16string& units) {
-  if constexpr (std::endian::native == std::endian::little) {
-    impl.Write(units.data(), units.size() * 2);
-  } else {
-    for (const char16_t unit : units) impl.WriteLE<std::uint16_t>(unit);
+// Writes the UTF-16LE units of s through a small stack buffer: no allocation per
+// string.
+void WriteUnits(SaveStreamImpl& impl, const wchar_t* s, std::size_t n) {
+  unsigned char buffer[256];
+  std::size_t used = 0;
+  const auto put = [&](std::uint32_t unit) {
+    if (used == sizeof(buffer)) {
+      impl.Write(buffer, used);
+      used = 0;
+    }
+    fmt::EncodeLE<std::uint16_t>(static_cast<std::uint16_t>(unit), buffer + used);
+    used += 2;
+  };
+  for (std::size_t i = 0; i < n; ++i) {
+    auto code = static_cast<std::uint32_t>(s[i]);
+    if (code <= 0xFFFF) {
+      put(code);
+    } else if (code <= 0x10FFFF) {
+      code -= 0x10000;
+      put(0xD800 + (code >> 10));
+      put(0xDC00 + (code & 0x3FF));
+    } else {
+      put(fmt::kReplacementCharacter);
+    }
   }
+  impl.Write(buffer, used);
 }
 }  // namespace
 
 SaveStream& SaveStream::operator<<(const std::wstring& value) {
-  const std::u16string units = fmt::ToUtf16(value.data(), value.size());
-  m_pImpl->WriteLength(units.size() * 2);
-  WriteUnits(*m_pImpl, units);
+  const std::size_t units = fmt::Utf16Length(value.data(), value.size());
+  m_pImpl->WriteLength(units * 2);
+  WriteUnits(*m_pImpl, value.data(), value.size());
   return *this;
 }
 SaveStream& SaveStream::operator<<(const wchar_t* value) {
   QV_ASSERT(value != nullptr);
-  const std::u16string units = fmt::ToUtf16(value, std::wcslen(value));
+  const std::size_t n = std::wcslen(value);
+  const std::size_t units = fmt::Utf16Length(value, n);
   // Four bytes per unit: the units themselves, then zeros standing in for the
   // memory after the string that the historical writer copied.
-  const std::size_t total = units.size() * 4;
+  const std::size_t total = units * 4;
   m_pImpl->WriteLength(total);
-  WriteUnits(*m_pImpl, units);
+  WriteUnits(*m_pImpl, value, n);
   static constexpr char kZeros[64] = {};
-  for (std::size_t left = total - units.size() * 2; left > 0;) {
-    const std::size_t n = left < sizeof(kZeros) ? left : sizeof(kZeros);
-    m_pImpl->Write(kZeros, n);
-    left -= n;
+  for (std::size_t left = total - units * 2; left > 0;) {
+    const std::size_t chunk = left < sizeof(kZeros) ? left : sizeof(kZeros);
+    m_pImpl->Write(kZeros, chunk);
+    left -= chunk;
   }
   return *this;
 }

@@ -213,40 +213,33 @@ inline char16_t ToSingleUnit(wchar_t c) {
   return code > 0xFFFF ? kReplacementCharacter : static_cast<char16_t>(code);
 }
 
-// Appends the UTF-16 units of s; code points above U+FFFF become surrogate
-// pairs, values beyond U+10FFFF the replacement character.
-inline std::u16string ToUtf16(const wchar_t* s, std::size_t n) {
-  std::u16string units;
-  units.reserve(n);
+// Number of UTF-16 units of s: code points above U+FFFF take a surrogate pair,
+// values beyond U+10FFFF one replacement character.
+inline std::size_t Utf16Length(const wchar_t* s, std::size_t n) {
+  std::size_t units = n;
   for (std::size_t i = 0; i < n; ++i) {
-    auto code = static_cast<std::uint32_t>(s[i]);
-    if (code <= 0xFFFF) {
-      units.push_back(static_cast<char16_t>(code));
-    } else if (code <= 0x10FFFF) {
-      code -= 0x10000;
-      units.push_back(static_cast<char16_t>(0xD800 + (code >> 10)));
-      units.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
-    } else {
-      units.push_back(kReplacementCharacter);
-    }
+    const auto code = static_cast<std::uint32_t>(s[i]);
+    if (code > 0xFFFF && code <= 0x10FFFF) ++units;
   }
   return units;
 }
 
-// Joins surrogate pairs back; a lone surrogate is kept as it stands.
-inline std::wstring FromUtf16(const char16_t* units, std::size_t n) {
-  std::wstring s;
-  s.reserve(n);
+// Appends n little-endian UTF-16 units to s, joining surrogate pairs back; a
+// lone surrogate is kept as it stands.
+inline void AppendFromUtf16LE(const unsigned char* bytes, std::size_t n, std::wstring& s) {
+  s.reserve(s.size() + n);
   for (std::size_t i = 0; i < n; ++i) {
-    const std::uint32_t u = units[i];
-    if (u >= 0xD800 && u < 0xDC00 && i + 1 < n && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000) {
-      const std::uint32_t low = units[++i];
-      s.push_back(static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00)));
-    } else {
-      s.push_back(static_cast<wchar_t>(u));
+    const std::uint32_t u = DecodeLE<std::uint16_t>(bytes + 2 * i);
+    if (u >= 0xD800 && u < 0xDC00 && i + 1 < n) {
+      const std::uint32_t low = DecodeLE<std::uint16_t>(bytes + 2 * (i + 1));
+      if (low >= 0xDC00 && low < 0xE000) {
+        s.push_back(static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00)));
+        ++i;
+        continue;
+      }
     }
+    s.push_back(static_cast<wchar_t>(u));
   }
-  return s;
 }
 
 }  // namespace qvsysbase::streamformat
