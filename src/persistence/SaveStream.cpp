@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <limits>
@@ -85,13 +86,15 @@ class OutputStream {
                                ? (m_pFile != nullptr ? kFileBlock : kInitialMemCapacity)
                                : m_nCapacity * 2;
     while (capacity < m_nSize + n) capacity *= 2;
-    std::unique_ptr<char[]> data(new (std::nothrow) char[capacity]);
-    if (!data) {
+    // realloc rather than new + copy: a large block is moved by remapping its
+    // pages, so growth neither copies the stream nor touches its pages again.
+    char* data = static_cast<char*>(std::realloc(m_pData.get(), capacity));
+    if (data == nullptr) {
       m_bBad = true;
       return false;
     }
-    if (m_nSize > 0) std::memcpy(data.get(), m_pData.get(), m_nSize);
-    m_pData = std::move(data);
+    (void)m_pData.release();
+    m_pData.reset(data);
     m_nCapacity = capacity;
     return true;
   }
@@ -104,7 +107,10 @@ class OutputStream {
   }
 
   std::FILE* m_pFile;  // owned; null for a memory stream
-  std::unique_ptr<char[]> m_pData;
+  struct FreeBytes {
+    void operator()(char* p) const { std::free(p); }
+  };
+  std::unique_ptr<char, FreeBytes> m_pData;
   std::size_t m_nSize = 0;
   std::size_t m_nCapacity = 0;
   std::uint64_t m_nFlushed = 0;
