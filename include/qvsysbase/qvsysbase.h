@@ -8,10 +8,14 @@
 #include "qvsysbase/Export.h"
 #include "qvsysbase/GroupDestructor.h"
 #include "qvsysbase/KernelErrorReport.h"
+#include "qvsysbase/LoadStream.h"
 #include "qvsysbase/OSExceptions.h"
 #include "qvsysbase/QvCallbackProt.h"
 #include "qvsysbase/qvExcept.h"
 #include "qvsysbase/RefCounterProt.h"
+#include "qvsysbase/SaveStream.h"
 #include "qvsysbase/SenderReceiver.h"
+#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamObject.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_

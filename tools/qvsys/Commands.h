@@ -16,6 +16,9 @@ struct Command {
   int (*run)(const Arguments& args);
 };
 
+// dump FILE: prints a stream's header and record tree; 1 on an inconsistency.
+int RunDump(const Arguments& args);
+
 }  // namespace qvsys
 
 #endif  // QVSYS_COMMANDS_H_

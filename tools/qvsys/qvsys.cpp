@@ -13,6 +13,7 @@ namespace {
 // Add a subcommand by declaring its run function above and listing it here.
 constexpr Command kCommands[] = {
     {"help", "help                 print this text", nullptr},
+    {"dump", "dump FILE            print a stream's header and record tree", RunDump},
 };
 
 int PrintUsage(std::ostream& os) {
