@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <future>
 #include <latch>
 #include <thread>
 #include <vector>
@@ -9,24 +10,27 @@
 namespace qvsysbase {
 namespace {
 
+struct Counter {
+  CriticalSection cs;
+  int m_nCount QV_GUARDED_BY(cs) = 0;
+};
+
 bool OtherThreadCanEnter(CriticalSection& cs) {
-  bool entered = false;
-  std::thread([&] {
-    if (cs.TryEnter()) {
-      cs.Leave();
-      entered = true;
-    }
-  }).join();
-  return entered;
+  return std::async(std::launch::async,
+                    [&] {
+                      if (!cs.TryEnter()) return false;
+                      cs.Leave();
+                      return true;
+                    })
+      .get();
 }
 
 // Each increment enters twice (the second time through the null-tolerant
 // guard) and leaves a gap between read and write, so that a lock which failed
-// to exclude would lose updates.
+// to exclude would lose updates. The section is free only when every entry is left.
 TEST(CriticalSectionThreadTest, GuardsExcludeEachOtherAndReenter) {
   constexpr int kThreads = 4, kIterations = 20000;
-  CriticalSection cs;
-  int count QV_GUARDED_BY(cs) = 0;
+  Counter c;
   std::latch start(kThreads);
   {
     std::vector<std::jthread> threads;
@@ -34,32 +38,27 @@ TEST(CriticalSectionThreadTest, GuardsExcludeEachOtherAndReenter) {
       threads.emplace_back([&] {
         start.arrive_and_wait();
         for (int i = 0; i < kIterations; ++i) {
-          csLocker outer(cs);
-          qvLocker inner(&cs);
-          const int value = count;
+          const csLocker outer(c.cs);
+          const qvLocker inner(&c.cs);
+          const int value = c.m_nCount;
           if (i % 64 == 0) std::this_thread::yield();
-          count = value + 1;
+          c.m_nCount = value + 1;
         }
       });
     }
   }
-  csLocker lock(cs);
-  EXPECT_EQ(count, kThreads * kIterations);
-}
-
-TEST(CriticalSectionThreadTest, SectionIsFreeOnlyWhenEveryEntryIsLeft) {
-  CriticalSection cs;
   {
-    csLocker outer(cs);
+    const csLocker outer(c.cs);
+    EXPECT_EQ(c.m_nCount, kThreads * kIterations);
     {
-      qvLocker inner(&cs);
-      EXPECT_FALSE(OtherThreadCanEnter(cs));
+      const qvLocker inner(&c.cs);
+      EXPECT_FALSE(OtherThreadCanEnter(c.cs));
     }
-    EXPECT_FALSE(OtherThreadCanEnter(cs));
+    EXPECT_FALSE(OtherThreadCanEnter(c.cs));
   }
-  EXPECT_TRUE(OtherThreadCanEnter(cs));
-  qvLocker none(nullptr);  // guards nothing
-  EXPECT_TRUE(OtherThreadCanEnter(cs));
+  EXPECT_TRUE(OtherThreadCanEnter(c.cs));
+  const qvLocker none(nullptr);  // guards nothing
+  EXPECT_TRUE(OtherThreadCanEnter(c.cs));
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <string>
 
 #include "qvsysbase/RefCounterProt.h"
@@ -26,7 +25,6 @@ struct LogCounter : RefCounterProtocol {
 };
 
 TEST(RefCounterProtImpTest, LastReleaseDeletesSafeReleaseNeverDoesCopiesStartUnreferenced) {
-  g_nDestroyed = 0;
   auto* object = new Tracked;
   {
     const SmartRefCountedPtr<Tracked> p(object, object);
@@ -78,37 +76,15 @@ TEST(InternalRefCounterTest, OwnerHoldsTheReferencesBeyondTheThreshold) {
     SCOPED_TRACE(threshold);
     LogCounter owner(&log, 'o');
     InternalRefCounter counter(threshold, &owner);
-    for (int k = 1; k <= kTop; ++k) {
-      EXPECT_EQ(counter.AddRef(), k);
-      EXPECT_EQ(owner.count, std::max(0, k - threshold)) << "up to " << k;
-    }
-    for (int k = kTop - 1; k >= 0; --k) {
-      EXPECT_EQ(counter.Release(), k);
-      EXPECT_EQ(owner.count, std::max(0, k - threshold)) << "down to " << k;
+    for (int step = 1; step <= 2 * kTop; ++step) {
+      const int k = std::min(step, 2 * kTop - step);
+      EXPECT_EQ(step <= kTop ? counter.AddRef() : counter.Release(), k) << "step " << step;
+      EXPECT_EQ(owner.count, std::max(0, k - threshold)) << "step " << step;
     }
   }
   InternalRefCounter orphan(0, nullptr);
   EXPECT_EQ(orphan.AddRef(), 1);
   EXPECT_EQ(orphan.Release(), 0);
-}
-
-TEST(AtomicHelpersTest, SafeIncrementFromVersion5Point2OfPlatform2AndNaNDoesNotSpin) {
-  // platform, major, minor, supported
-  const unsigned rows[][4] = {{2, 5, 2, 1},
-                              {2, 6, 0, 1},
-                              {2, 10, 0, 1},
-                              {2, 5, 1, 0},
-                              {2, 4, 90, 0},
-                              {1, 6, 0, 0},
-                              {0, 10, 0, 0},
-                              {3, 6, 0, 0}};
-  for (const auto& r : rows) {
-    EXPECT_EQ(qvSafeIncrement::IsSafeIncrementSupported(r[0], r[1], r[2]), r[3] != 0)
-        << r[0] << " " << r[1] << "." << r[2];
-  }
-  double shared = std::numeric_limits<double>::quiet_NaN();
-  qvSafeIncrement::SafeIncrement(&shared, 1.0);  // compares bit patterns, so it ends
-  EXPECT_TRUE(shared != shared);
 }
 
 }  // namespace

@@ -18,28 +18,29 @@ template <class Work>
 void RunTogether(Work work) {
   std::latch start(kThreads);
   std::vector<std::jthread> threads;
-  for (int t = 0; t < kThreads; ++t)
+  for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] { start.arrive_and_wait(), work(t); });
+  }
 }
 
+// Whichever thread deletes must see every thread's write to its slot.
 struct Shared : RefCounterProtocolImp {
   explicit Shared(std::atomic<int>* destroyed) : pDestroyed(destroyed) {}
-  // Reads every thread's slot: whichever thread deletes must see all writes.
   ~Shared() override {
-    pDestroyed->fetch_add(aSlots[0] + aSlots[1] + aSlots[2] + aSlots[3] == 10 ? 1 : 100);
+    *pDestroyed += aSlots[0] + aSlots[1] + aSlots[2] + aSlots[3] == 10 ? 1 : 100;
   }
   int aSlots[kThreads] = {};
   std::atomic<int>* pDestroyed;
 };
 
-// Self-counted, external and internal counters (the internal one forwarding
-// to the self-counted object) and the atomic helpers stay exact under contention.
+// Self-counted, external and internal counters (the internal one forwarding to
+// the self-counted object) and the atomic helpers stay exact under contention.
 TEST(RefCounterProtImpThreadTest, CountsAndSumsAreExactUnderContention) {
   constexpr int kIterations = 20000;
   std::atomic<int> destroyed{0};
   auto* object = new Shared(&destroyed);
-  const SmartRefCountedPtr<Shared> owner(object, object);
   auto* pInt = new int(7);
+  const SmartRefCountedPtr<Shared> owner(object, object);
   const SmartRefCountedPtr<int> external(pInt, new ExtRefCounter<int>(pInt));
   InternalRefCounter internal(2, object);
   internal.AddRef(), internal.AddRef();  // the owner's own two links
@@ -64,18 +65,17 @@ TEST(RefCounterProtImpThreadTest, CountsAndSumsAreExactUnderContention) {
   EXPECT_EQ(sum, 1.5 * kThreads * kIterations);
 }
 
-// Each thread writes its slot through its copy and drops the copy; the
-// destructor, on whichever thread drops last, reads all slots. Without
-// release/acquire on the decrement ThreadSanitizer reports those reads.
+// Each thread writes its slot and drops its copy; the destructor, on whichever
+// thread drops last, reads all slots. Without release/acquire on the
+// decrement ThreadSanitizer reports those reads.
 TEST(RefCounterProtImpThreadTest, ExactlyOneThreadDeletesAfterTheLastRelease) {
   for (int round = 0; round < 200; ++round) {
     std::atomic<int> destroyed{0};
     auto* object = new Shared(&destroyed);
-    std::vector<SmartRefCountedPtr<Shared>> copies(kThreads,
-                                                   SmartRefCountedPtr<Shared>(object, object));
+    std::vector<SmartRefCountedPtr<Shared>> copies(kThreads, {object, object});
     RunTogether([&](int t) {
       copies[t]->aSlots[t] = t + 1;
-      copies[t] = SmartRefCountedPtr<Shared>();
+      copies[t] = {};
     });
     ASSERT_EQ(destroyed.load(), 1) << "round " << round;
   }

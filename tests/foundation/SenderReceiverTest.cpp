@@ -17,18 +17,15 @@ using NT = qvNotifyType;
 
 // Logs its id on every event, then runs an optional action, through which tests
 // link, unlink, destroy, fire or throw from inside a handler.
-class Recorder : public QvReceiver {
- public:
-  Recorder(int nId, std::vector<int>* pLog) : m_nId(nId), m_pLog(pLog) {}
+struct Recorder : QvReceiver {
+  Recorder(int id, std::vector<int>* log) : nId(id), pLog(log) {}
   void ObjectChanged(NT::NotifyEnumType, NT::NotifyHintEnumType, const QvSender*) override {
-    m_pLog->push_back(m_nId);
-    if (m_Action) m_Action();
+    pLog->push_back(nId);
+    if (Action) Action();
   }
-  std::function<void()> m_Action;
-
- private:
-  int m_nId;
-  std::vector<int>* m_pLog;
+  int nId;
+  std::vector<int>* pLog;
+  std::function<void()> Action;
 };
 
 // Fires once and returns the ids of the receivers called, in order; 0 marks a
@@ -107,8 +104,6 @@ TEST(SenderReceiverTest, HandlersMayChangeTheLinksDuringADispatch) {
       {"relinks 3", [](auto& s, auto& r) { r[3]->RemoveSenderLink(&s), r[3]->AddSenderLink(&s); },
        {1, 2, 4}, {1, 2, 4, 3}},
       {"withdraws the sender", [](auto& s, auto&) { s.Withdraw(); }, {1, 2}, {}},
-      {"withdraws, relinks", [](auto& s, auto& r) { s.Withdraw(), r[2]->AddSenderLink(&s); },
-       {1, 2}, {2}},
       // A nested dispatch takes its own snapshot; the outer one goes on with its own.
       {"unlinks 3, nests", [](auto& s, auto& r) { r[3]->RemoveSenderLink(&s), s.FireEvent({}, {}); },
        {1, 2, 1, 2, 4, 4}, {1, 2, 4}},
@@ -124,7 +119,7 @@ TEST(SenderReceiverTest, HandlersMayChangeTheLinksDuringADispatch) {
     Rs r(6);
     for (int i = 1; i <= 5; ++i) r[i] = std::make_unique<Recorder>(i, &log);
     for (int i = 1; i <= 4; ++i) r[i]->AddSenderLink(&sender);
-    r[2]->m_Action = [&, bActed = false]() mutable {
+    r[2]->Action = [&, bActed = false]() mutable {
       if (!std::exchange(bActed, true)) row.action(sender, r);
     };
     EXPECT_EQ(FireIds(sender, log), row.during);

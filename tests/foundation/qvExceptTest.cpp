@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <type_traits>
@@ -16,10 +14,10 @@ namespace {
 
 QV_UNIT("qvExceptTest", "$Revision: #2 $")
 
-// A std::exception handler must never swallow the library's own failures.
-static_assert(!std::is_base_of_v<std::exception, OrvelException>);
-// Siblings: a handler for the estimation failure does not catch collinearity.
-static_assert(std::is_base_of_v<std::logic_error, Different_Dimensions_Exception> &&
+// A std::exception handler must never swallow the library's own failures, nor
+// a handler for the estimation failure collinearity (siblings).
+static_assert(!std::is_base_of_v<std::exception, OrvelException> &&
+              std::is_base_of_v<std::logic_error, Different_Dimensions_Exception> &&
               std::is_base_of_v<std::logic_error, dimset_out_of_range> &&
               std::is_base_of_v<std::runtime_error, MulticollinearityException> &&
               !std::is_base_of_v<CannotEstimateException, MulticollinearityException>);
@@ -31,16 +29,25 @@ std::string Details(const OrvelException& e) {
 }
 
 TEST(OrvelExceptionTest, DetailsAndTexts) {
-  EXPECT_EQ(Details(OrvelException("c", "f", 7, "$Revision: #1 $", "12.00")),
-            "Exception occurred in file: f\nLine number: 7\nRevision Number: $Revision: #1 $\n"
+  EXPECT_EQ(Details(OrvelException("c", "f", 7, "r", "12.00")),
+            "Exception occurred in file: f\nLine number: 7\nRevision Number: r\n"
             "ORVEL Version: 12.00\nCause: c\n");
-  const char* types[] = {"Pre-condition", "Post-condition", "Invariant", "Unknown"};
+  const int line = __LINE__ + 2;
+  try {
+    QV_ASSERT(line < 0);
+    FAIL() << "no throw";
+  } catch (const AssertionException& e) {
+    EXPECT_EQ(Details(e),
+              "Exception occurred in file: qvExceptTest\nLine number: " + std::to_string(line) +
+                  "\nRevision Number: $Revision: #2 $\nORVEL Version: 12.00\n"
+                  "Cause: line < 0\nException Type: Pre-condition\n");
+  }
+  EXPECT_NO_THROW(QV_ASSERT(line > 0));
+  const char* types[] = {"Unknown", "Pre-condition", "Post-condition", "Invariant", "Unknown"};
   for (int type = -1; type <= 3; ++type) {
-    const char* text = types[type < 0 ? 3 : type];
     const AssertionException e(
-        static_cast<AssertionException::ASSERTION_TYPE>(type), "c", "f", 7, "r", "12.00");
-    EXPECT_EQ(e.getAssertionType(), text);
-    EXPECT_TRUE(Details(e).ends_with("Cause: c\nException Type: " + std::string(text) + "\n"));
+        static_cast<AssertionException::ASSERTION_TYPE>(type), "", "", 0, "", "");
+    EXPECT_EQ(e.getAssertionType(), types[type + 1]) << type;
   }
   EXPECT_STREQ(CannotEstimateException().what(), "The model cannot be estimated");
   EXPECT_STREQ(CannotEstimateException("x").what(), "x");
@@ -51,16 +58,6 @@ TEST(OrvelExceptionTest, DetailsAndTexts) {
   const MulticollinearityException m("m", "x1,x2", true);
   EXPECT_TRUE(m.getDetails() == "x1,x2" && m.isInitCollinearity());
   EXPECT_THROW(qvUnexpected(), std::bad_exception);
-  const int line = __LINE__ + 2;
-  try {
-    QV_ASSERT(types[0] == nullptr);
-    FAIL() << "no throw";
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(Details(e),
-              "Exception occurred in file: qvExceptTest\nLine number: " + std::to_string(line) +
-                  "\nRevision Number: $Revision: #2 $\nORVEL Version: 12.00\n"
-                  "Cause: types[0] == nullptr\nException Type: Pre-condition\n");
-  }
 }
 
 int g_nDestroyed = 0;
@@ -74,20 +71,14 @@ struct Single : QvReceiverWithSingleSender {
   }
 };
 
-// Sets a pointer's two fields directly: only a corrupted pointer is half set.
-void Corrupt(SmartRefCountedPtr<int>& p, int* pObject, RefCounterProtocol* pCounter) {
-  static_assert(sizeof p == sizeof pObject + sizeof pCounter);
-  std::memcpy(static_cast<void*>(&p), &pObject, sizeof pObject);
-  std::memcpy(reinterpret_cast<char*>(&p) + sizeof pObject, &pCounter, sizeof pCounter);
-}
-
-// Every check site of the foundation, and that a failed check changed nothing.
+// Every check site of the foundation (a pointer half set by memory corruption
+// aside), and that a failed check changed nothing.
 TEST(AssertTest, CheckSitesReportTheirConditionAndUnit) {
   const std::string kHeader = " @ qvsysbase/RefCounterProt.h", kImp = " @ RefCounterProtImp",
-                    kSR = " @ SenderReceiver", kHalf = "other.m_pObject && other.m_pRefCounter";
-  int object = 0, other = 0;
+                    kSR = " @ SenderReceiver";
+  int object = 0;
   auto *a = new Counted, *b = new Counted, *zero = new Counted;
-  SmartRefCountedPtr<int> p(&object, a), halfSet;
+  SmartRefCountedPtr<int> p(&object, a);
   const SmartRefCountedPtr<int> sameObjectOtherCounter(&object, b);
   QvSender first, second;
   Single unlinked, linked;
@@ -104,8 +95,6 @@ TEST(AssertTest, CheckSitesReportTheirConditionAndUnit) {
       {[] { SmartRefCountedPtr<Counted>()->GetCount(); }, "m_pObject != 0" + kHeader},
       {[] { (*SmartRefCountedConstPtr<Counted>()).GetCount(); }, "m_pObject != 0" + kHeader},
       {[&] { p = sameObjectOtherCounter; }, "other.m_pRefCounter == m_pRefCounter" + kHeader},
-      {[&] { Corrupt(halfSet, nullptr, b), p = halfSet; }, kHalf + kHeader},
-      {[&] { Corrupt(halfSet, &other, nullptr), p = halfSet; }, kHalf + kHeader},
       {[&] { zero->Release(); }, "m_nCount > 0" + kImp},
       {[&] { zero->SafeRelease(); }, "m_nCount > 0" + kImp},
       {[&] { SmartRefCountedPtr<Counted> q(zero, zero); zero->SafeRelease(); },  // stolen
@@ -118,23 +107,17 @@ TEST(AssertTest, CheckSitesReportTheirConditionAndUnit) {
       // clang-format on
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
     try {
       row.body();
-      ADD_FAILURE() << "no assertion";
+      ADD_FAILURE() << "no assertion: " << row.expected;
     } catch (const AssertionException& e) {
       EXPECT_EQ(e.getMessage() + " @ " + e.getFile() + ", " + e.getAssertionType(),
                 row.expected + ", Pre-condition");
     }
   }
-  Corrupt(halfSet, nullptr, nullptr);
   EXPECT_EQ(g_nDestroyed, 1);
-  EXPECT_EQ(p.GetObject(), &object);
-  EXPECT_EQ(p.GetRefCounter(), a);
-  EXPECT_EQ(a->GetCount(), 1);
-  EXPECT_EQ(b->GetCount(), 1);
-  EXPECT_EQ(linked.GetSingleSender(), &first);
-  EXPECT_FALSE(second.HasReceiver());
+  EXPECT_TRUE(p.GetRefCounter() == a && a->GetCount() == 1 && b->GetCount() == 1);
+  EXPECT_TRUE(linked.GetSingleSender() == &first && !second.HasReceiver());
 }
 
 }  // namespace
