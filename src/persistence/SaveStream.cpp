@@ -129,6 +129,9 @@ class SaveStreamImpl {
 
   void OpenFile(const char* path, STREAM_VER_SAVE ver) {
     if (m_pOut != nullptr) throw std::logic_error(kOpenExisting);
+    // Checked before anything is created: a closed stream must stay closed,
+    // and its file untouched.
+    QV_ASSERT(m_StreamVer == UNDEFINED);
     m_nMedium = MEDIUM_FILE;
     std::FILE* file = path != nullptr ? std::fopen(path, "wb") : nullptr;
     if (file == nullptr) throw std::domain_error(kFileCreationFailed);
@@ -142,6 +145,9 @@ class SaveStreamImpl {
 
   void OpenMemory(STREAM_VER_SAVE ver) {
     if (m_pOut != nullptr) throw std::logic_error(kOpenExisting);
+    // Checked before anything is created: a closed stream must stay closed,
+    // and its file untouched.
+    QV_ASSERT(m_StreamVer == UNDEFINED);
     m_nMedium = MEDIUM_MEMORY;
     m_pOut = new (std::nothrow) OutputStream(nullptr);
     if (m_pOut == nullptr) throw std::domain_error(kMemCreationFailed);
@@ -194,7 +200,6 @@ class SaveStreamImpl {
 };
 
 void SaveStreamImpl::WriteHeader(int version) {
-  QV_ASSERT(m_StreamVer == UNDEFINED);
   m_StreamVer = version;
   switch (version) {
     case fmt::kWriteLegacy:

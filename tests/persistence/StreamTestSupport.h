@@ -1,4 +1,4 @@
-// Helpers of the persistence tests: writing into memory, damaging bytes, and
+// Helpers of the persistence tests: writing into memory, patching bytes, and
 // small persistent objects.
 #ifndef QVSYSBASE_TESTS_PERSISTENCE_STREAMTESTSUPPORT_H_
 #define QVSYSBASE_TESTS_PERSISTENCE_STREAMTESTSUPPORT_H_
@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/SaveStream.h"
@@ -26,14 +28,10 @@ inline std::string Bytes(SaveStream& out) {
 
 // Lower-case hex, bytes separated by spaces.
 inline std::string Hex(const std::string& bytes) {
-  static constexpr char kDigits[] = "0123456789abcdef";
   std::string out;
-  for (unsigned char c : bytes) {
-    if (!out.empty()) out += ' ';
-    out += kDigits[c >> 4];
-    out += kDigits[c & 15];
-  }
-  return out;
+  char digits[4];
+  for (unsigned char c : bytes) out += (std::snprintf(digits, 4, " %02x", c), digits);
+  return out.empty() ? out : out.substr(1);
 }
 
 // The bytes of a memory stream after `write` ran on it.
@@ -45,46 +43,44 @@ inline std::string Write(const std::function<void(SaveStream&)>& write,
   return Bytes(out);
 }
 
-inline void PatchU32(std::string& bytes, std::size_t offset, std::uint32_t value) {
-  for (int i = 0; i < 4; ++i) bytes[offset + i] = static_cast<char>(value >> (8 * i));
+// Damages to a stream: one byte set, a 32-bit field patched, or the end cut.
+using Damage = std::function<void(std::string&)>;
+inline Damage SetByte(std::size_t at, char c) {
+  return [=](std::string& b) { b[at] = c; };
 }
-inline std::uint32_t DecodeAt(const std::string& bytes, std::size_t offset) {
-  std::uint32_t v = 0;
-  for (int i = 3; i >= 0; --i) v = (v << 8) | static_cast<unsigned char>(bytes[offset + i]);
-  return v;
+inline Damage Patch(std::size_t at, std::uint32_t v) {
+  return [=](std::string& b) {
+    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<char>(v >> (8 * i));
+  };
 }
-inline void FlipByte(std::string& bytes, std::size_t offset) { bytes[offset] ^= 0xFF; }
-inline std::string Truncate(const std::string& bytes, std::size_t size) {
-  return bytes.substr(0, size);
-}
-
-// Runs `call` and checks that it fails the assertion `condition` of `unit`.
-template <typename F>
-void ExpectAssertion(F call, const std::string& condition, const std::string& unit) {
-  try {
-    call();
-    ADD_FAILURE() << "no assertion, expected " << condition;
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(e.getMessage(), condition);
-    EXPECT_EQ(e.getFile(), unit);
-    EXPECT_EQ(e.getOrvelVersion(), "12.00");
-  }
+inline Damage Cut(std::size_t size) {
+  return [=](std::string& b) { b.resize(size); };
 }
 
-template <typename E, typename F>
-void ExpectThrowText(F call, const std::string& text) {
+// Runs `call` and checks that it throws E with text `text`; for an assertion,
+// `text` is the condition and `unit` its unit.
+template <typename E = AssertionException, typename F>
+void ExpectThrowText(F call, const std::string& text, const std::string& unit = "") {
   try {
     call();
     ADD_FAILURE() << "no exception, expected " << text;
   } catch (const E& e) {
-    EXPECT_EQ(std::string(e.what()), text);
+    if constexpr (std::is_same_v<E, AssertionException>) {
+      EXPECT_EQ(e.getMessage(), text);
+      EXPECT_EQ(e.getFile(), unit);
+      EXPECT_EQ(e.getOrvelVersion(), "12.00");
+    } else {
+      EXPECT_EQ(std::string(e.what()), text);
+    }
   }
 }
 
-// An object with a chosen class name, whose body is `ints` integers.
+// An object with a chosen class name, whose body is `ints` integers; Load
+// reads `m_nReads` of them.
 class Named : public StreamObject {
  public:
-  explicit Named(std::string name, int ints = 0) : m_strName(std::move(name)), m_nInts(ints) {}
+  explicit Named(std::string name, int ints = 0, int reads = 0)
+      : m_strName(std::move(name)), m_nInts(ints), m_nReads(reads) {}
   std::string getClassName() const override { return m_strName; }
   void Save(SaveStream& s) const override {
     for (int i = 0; i < m_nInts; ++i) s << i;
@@ -92,30 +88,12 @@ class Named : public StreamObject {
   bool Load(LoadStream& s) override {
     m_nSeenMajor = GetVersionMajor();
     for (int i = 0; i < m_nReads; ++i) s >> m_nLast;
-    return m_bAccept;
-  }
-
-  std::string m_strName;
-  int m_nInts;
-  int m_nReads = 0;  // how many ints Load reads
-  bool m_bAccept = true;
-  int m_nSeenMajor = -1;
-  int m_nLast = -1;
-};
-
-// Holds another object as its body.
-class Wrapper : public StreamObject {
- public:
-  explicit Wrapper(StreamObjectProt& inner) : m_inner(inner) {}
-  std::string getClassName() const override { return "qvtest::Wrapper"; }
-  void Save(SaveStream& s) const override { s << m_inner; }
-  bool Load(LoadStream& s) override {
-    s >> m_inner;
     return true;
   }
 
- private:
-  StreamObjectProt& m_inner;
+  std::string m_strName;
+  int m_nInts, m_nReads;
+  int m_nSeenMajor = -1, m_nLast = -1;
 };
 
 }  // namespace qvtest
