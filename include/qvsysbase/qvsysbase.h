@@ -5,5 +5,6 @@
 #include "qvsysbase/Export.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/qvExcept.h"
+#include "qvsysbase/qvmath.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_
