@@ -21,14 +21,14 @@ namespace {
 class LibraryLifetime {
  public:
   LibraryLifetime() {
-    // step 2: InitializeLocaleUnit();
+    InitializeLocaleUnit();  // step 2
     // step 3: InitializeGroupDestructionUnit();
     // step 4: random streams (a later unit)
     // step 5: InitializeKernelUnit();
   }
   ~LibraryLifetime() {
     // reverse: FinalizeKernelUnit(); random streams; FinalizeGroupDestructionUnit();
-    // FinalizeLocaleUnit();
+    FinalizeLocaleUnit();
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;
