@@ -35,7 +35,9 @@ std::string MakeText(std::size_t size) {
   text.reserve(size + 16);
   std::size_t lineStart = 0;
   while (text.size() < size) {
-    for (int n = wordLength(random); n > 0; --n) text.push_back(static_cast<char>(letter(random)));
+    for (int n = wordLength(random); n > 0; --n) {
+      text.push_back(static_cast<char>(letter(random)));
+    }
     if (text.size() - lineStart >= kLineLength) {
       text += "\r\n";
       lineStart = text.size();
@@ -49,7 +51,9 @@ std::string MakeText(std::size_t size) {
 const std::string& Text(std::size_t megabytes) {
   static std::map<std::size_t, std::string> texts;
   auto it = texts.find(megabytes);
-  if (it == texts.end()) it = texts.emplace(megabytes, MakeText(megabytes * kMegabyte)).first;
+  if (it == texts.end()) {
+    it = texts.emplace(megabytes, MakeText(megabytes * kMegabyte)).first;
+  }
   return it->second;
 }
 
@@ -99,15 +103,21 @@ void BM_RemoveLFCR_Baseline(benchmark::State& state) {
   RunOnCopies(state, [](std::string& s) {
     s.erase(0, s.find_first_not_of(' '));
     s.erase(s.find_last_not_of(' ') + 1);
-    for (auto p = s.find('\n'); p != std::string::npos; p = s.find('\n', p + 1)) s[p] = ' ';
-    for (auto p = s.find('\r'); p != std::string::npos; p = s.find('\r', p + 1)) s[p] = ' ';
-    for (auto p = s.find("  "); p != std::string::npos; p = s.find("  ", p)) s.erase(p, 1);
+    for (auto p = s.find('\n'); p != std::string::npos; p = s.find('\n', p + 1)) {
+      s[p] = ' ';
+    }
+    for (auto p = s.find('\r'); p != std::string::npos; p = s.find('\r', p + 1)) {
+      s[p] = ' ';
+    }
+    for (auto p = s.find("  "); p != std::string::npos; p = s.find("  ", p)) {
+      s.erase(p, 1);
+    }
   });
 }
 
 // --- Split on spaces and line breaks ----------------------------------------
 
-const std::string kDelimiters = " \r\n";
+constexpr const char* kDelimiters = " \r\n";
 
 // Split appends to a caller's list, so each iteration fills its own list, kept
 // until the loop ends: freeing 1.8 million nodes is the caller's cost, not the
@@ -117,8 +127,12 @@ template <class SplitFn>
 void RunSplit(benchmark::State& state, SplitFn split) {
   const std::string& text = Text(static_cast<std::size_t>(state.range(0)));
   std::vector<std::list<std::string>> outputs(static_cast<std::size_t>(state.max_iterations));
-  for (auto& tokens : outputs) split(text, tokens);
-  for (auto& tokens : outputs) tokens.clear();
+  for (auto& tokens : outputs) {
+    split(text, tokens);
+  }
+  for (auto& tokens : outputs) {
+    tokens.clear();
+  }
   std::size_t next = 0;
   for (auto _ : state) {
     split(text, outputs[next]);
@@ -130,7 +144,7 @@ void RunSplit(benchmark::State& state, SplitFn split) {
 
 void BM_Split_Library(benchmark::State& state) {
   RunSplit(state, [](const std::string& s, std::list<std::string>& tokens) {
-    QvStringUtil::Split(s, kDelimiters, tokens);
+    QvStringUtil::Split(s, std::string(kDelimiters), tokens);
   });
 }
 
@@ -199,7 +213,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
   double Time(const std::string& op, const std::string& kind, const std::string& size) const {
     const std::string prefix = "BM_" + op + "_" + kind + "/" + size + "/";
     for (const auto& [name, time] : m_Times) {
-      if (name.rfind(prefix, 0) == 0) return time;
+      if (name.rfind(prefix, 0) == 0) {
+        return time;
+      }
     }
     return 0.0;
   }

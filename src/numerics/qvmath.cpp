@@ -28,8 +28,12 @@ constexpr int kMaxSmallValueSteps = 10;
 
 // value * 10^steps, one multiplication by 10.0 (steps > 0) or 0.1 (steps < 0) per step.
 long double ScaleByDecimalSteps(long double value, int steps) {
-  for (; steps > 0; --steps) value *= kTen;
-  for (; steps < 0; ++steps) value *= kTenth;
+  for (; steps > 0; --steps) {
+    value *= kTen;
+  }
+  for (; steps < 0; ++steps) {
+    value *= kTenth;
+  }
   return value;
 }
 
@@ -37,31 +41,45 @@ long double ScaleByDecimalSteps(long double value, int steps) {
 // 0.1 <= f < 1, found by stepwise scaling.
 int DecimalExponent(long double m) {
   int e = 0;
-  for (; m >= 1.0L; ++e) m *= kTenth;
-  for (; m < kTenth; --e) m *= kTen;
+  for (; m >= 1.0L; ++e) {
+    m *= kTenth;
+  }
+  for (; m < kTenth; --e) {
+    m *= kTen;
+  }
   return e;
 }
 
 }  // namespace
 
 double qvmath::QvRound(double x, unsigned digits) {
-  if (digits > kMaxRoundDigits) return x;
-  if (digits == 0) return std::floor(x + 0.5);
+  if (digits > kMaxRoundDigits) {
+    return x;
+  }
+  if (digits == 0) {
+    return std::floor(x + 0.5);
+  }
   const long double s = ScaleByDecimalSteps(1.0L, static_cast<int>(digits));
-  if (!(std::fabs(x) < kTenth)) return static_cast<double>(std::floor(x * s + 0.5L) / s);
+  if (!(std::fabs(x) < kTenth)) {
+    return static_cast<double>(std::floor(x * s + 0.5L) / s);
+  }
 
   // Small values keep `digits` significant digits rather than decimals: scale
   // them above 0.1 first and back afterwards.
   long double y = x;
   int k = 0;
-  for (; k < kMaxSmallValueSteps && std::fabs(y) <= kTenth; ++k) y *= kTen;
+  for (; k < kMaxSmallValueSteps && std::fabs(y) <= kTenth; ++k) {
+    y *= kTen;
+  }
   y = std::floor(y * s + 0.5L) / s;
   return static_cast<double>(ScaleByDecimalSteps(y, -k));
 }
 
 double qvmath::QvRound2(double x, unsigned digits, unsigned* decimals) {
   if (digits > kMaxRoundDigits || x == 0.0 || !std::isfinite(x)) {
-    if (decimals != nullptr) *decimals = digits;
+    if (decimals != nullptr) {
+      *decimals = digits;
+    }
     return x;
   }
   const int e = DecimalExponent(std::fabs(x));
@@ -79,14 +97,18 @@ double qvmath::QvRound2(double x, unsigned digits, unsigned* decimals) {
 
 bool qvmath::EqualWithPrecision(double a, double b, unsigned digits) {
   const double m = std::max(std::fabs(a), std::fabs(b));
-  if (digits >= kMaxRoundDigits || m == 0.0 || !std::isfinite(m)) return a == b;
+  if (digits >= kMaxRoundDigits || m == 0.0 || !std::isfinite(m)) {
+    return a == b;
+  }
   const int e = DecimalExponent(m);
   const long double tolerance = ScaleByDecimalSteps(0.5L, e - static_cast<int>(digits));
   return std::fabs(static_cast<long double>(a) - b) <= tolerance;
 }
 
 bool qvmath::EqualWithAbsPrecision(double a, double b, unsigned digits) {
-  if (digits >= kMaxRoundDigits) return a == b;
+  if (digits >= kMaxRoundDigits) {
+    return a == b;
+  }
   const long double tolerance = ScaleByDecimalSteps(1.0L, -static_cast<int>(digits));
   return std::fabs(a - b) <= tolerance;
 }
@@ -94,9 +116,13 @@ bool qvmath::EqualWithAbsPrecision(double a, double b, unsigned digits) {
 bool qvmath::EqualWithRelativePrecision(double a, double b, double rTolerance,
                                         double absTolerance) {
   QV_ASSERT(rTolerance >= 0.);
-  if (a == b) return true;
+  if (a == b) {
+    return true;
+  }
   const double difference = std::fabs(a - b);
-  if (a == 0.0 || b == 0.0) return difference <= absTolerance;
+  if (a == 0.0 || b == 0.0) {
+    return difference <= absTolerance;
+  }
   return difference / std::max(std::fabs(a), std::fabs(b)) <= rTolerance;
 }
 

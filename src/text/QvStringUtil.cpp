@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <cwchar>
 #include <mutex>
 #include <string_view>
@@ -74,7 +75,9 @@ class CopyWriter {
 
 template <class S>
 S& TrimLeftT(S& s) {
-  if (s.empty()) return s;
+  if (s.empty()) {
+    return s;
+  }
   const auto p = s.find_first_not_of(Ch<CharOf<S>>(' '));
   if (p == S::npos) {
     s.clear();
@@ -119,12 +122,18 @@ bool IsLoneAmpersand(const S& s, std::size_t i) {
 template <class S>
 S& AddDoubleAmpersandsT(S& s) {
   std::size_t lone = 0;
-  for (std::size_t i = 0; i < s.size(); ++i) lone += IsLoneAmpersand(s, i) ? 1 : 0;
-  if (lone == 0) return s;
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    lone += IsLoneAmpersand(s, i) ? 1 : 0;
+  }
+  if (lone == 0) {
+    return s;
+  }
   S out;
   out.reserve(s.size() + lone);
   for (std::size_t i = 0; i < s.size(); ++i) {
-    if (IsLoneAmpersand(s, i)) out.push_back(Ch<CharOf<S>>('&'));
+    if (IsLoneAmpersand(s, i)) {
+      out.push_back(Ch<CharOf<S>>('&'));
+    }
     out.push_back(s[i]);
   }
   s.swap(out);
@@ -142,7 +151,9 @@ void ReplaceLeftToRight(const S& s, const S& pattern, const S& replacement, int 
   std::size_t read = 0;
   for (int done = 0; count <= 0 || done < count; ++done) {
     const std::size_t found = s.find(pattern, read);
-    if (found == S::npos) break;
+    if (found == S::npos) {
+      break;
+    }
     out.Append(s.data() + read, found - read);
     out.Append(replacement.data(), replacement.size());
     read = found + pattern.size();
@@ -153,10 +164,14 @@ void ReplaceLeftToRight(const S& s, const S& pattern, const S& replacement, int 
 
 template <class S>
 S& ReplacePatternT(S& s, const S& patternArg, const S& replacementArg, int count) {
-  if (patternArg.empty() || s.find(patternArg) == S::npos) return s;
+  if (patternArg.empty() || s.find(patternArg) == S::npos) {
+    return s;
+  }
   // The arguments may be `s` itself, which the in-place writer overwrites.
-  const S pattern = patternArg;
-  const S replacement = replacementArg;
+  S patternCopy, replacementCopy;
+  const S& pattern = &patternArg == &s ? (patternCopy = patternArg) : patternArg;
+  const S& replacement =
+      &replacementArg == &s ? (replacementCopy = replacementArg) : replacementArg;
   if (replacement.size() <= pattern.size()) {
     InPlaceWriter<S> out(s);
     ReplaceLeftToRight(s, pattern, replacement, count, out);
@@ -180,7 +195,9 @@ std::size_t FindStartInCarry(const S& carry, const S& s, std::size_t read, const
         break;
       }
     }
-    if (k == pattern.size()) return j;
+    if (k == pattern.size()) {
+      return j;
+    }
   }
   return S::npos;
 }
@@ -211,7 +228,9 @@ void ReplaceUntilNoneLeft(const S& s, const S& pattern, const S& replacement, Wr
     out.Append(carry.data(), carry.size());
     carry.clear();
     const std::size_t found = s.find(pattern, read);
-    if (found == S::npos) break;
+    if (found == S::npos) {
+      break;
+    }
     out.Append(s.data() + read, found - read);
     carry.assign(replacement);
     read = found + pattern.size();
@@ -225,8 +244,11 @@ S& ReplacePatternRecT(S& s, const S& patternArg, const S& replacementArg) {
   if (patternArg == replacementArg || patternArg.empty() || s.find(patternArg) == S::npos) {
     return s;
   }
-  const S pattern = patternArg;
-  const S replacement = replacementArg;
+  // As above: `s` itself may be an argument.
+  S patternCopy, replacementCopy;
+  const S& pattern = &patternArg == &s ? (patternCopy = patternArg) : patternArg;
+  const S& replacement =
+      &replacementArg == &s ? (replacementCopy = replacementArg) : replacementArg;
   // A shorter replacement shrinks the text at every match, which keeps the
   // written part behind the read position.
   if (replacement.size() < pattern.size()) {
@@ -254,7 +276,9 @@ void SplitT(const S& text, const S& delimiters, std::list<S>& tokens) {
   auto begin = text.find_first_not_of(delimiters);
   while (begin != S::npos) {
     auto end = text.find_first_of(delimiters, begin);
-    if (end == S::npos) end = text.size();
+    if (end == S::npos) {
+      end = text.size();
+    }
     tokens.emplace_back(text, begin, end - begin);
     begin = text.find_first_not_of(delimiters, end);
   }
@@ -275,7 +299,9 @@ constinit std::array<wchar_t, kWideTableSize> g_wideUpper{};
 
 template <class C, std::size_t N>
 void FillUpperTable(std::array<C, N>& table, const std::locale& loc) {
-  for (std::size_t i = 0; i < N; ++i) table[i] = static_cast<C>(i);
+  for (std::size_t i = 0; i < N; ++i) {
+    table[i] = static_cast<C>(i);
+  }
   std::use_facet<std::ctype<C>>(loc).toupper(table.data(), table.data() + N);
 }
 
@@ -295,9 +321,9 @@ struct WideKeys {
     std::call_once(g_wideOnce, [&loc] { FillUpperTable(g_wideUpper, loc); });
   }
   wchar_t operator()(wchar_t c) const {
-    return c >= 0 && static_cast<std::size_t>(c) < kWideTableSize
-               ? g_wideUpper[static_cast<std::size_t>(c)]
-               : c;
+    // Negative values (no character) become large and map to themselves too.
+    const auto unit = static_cast<std::uint32_t>(std::char_traits<wchar_t>::to_int_type(c));
+    return unit < kWideTableSize ? g_wideUpper[unit] : c;
   }
 };
 
@@ -322,8 +348,12 @@ bool LessT(const S& a, const S& b, int n, const std::locale& loc) {
 
 template <class S>
 bool DualLessT(const S& a1, const S& b1, const S& a2, const S& b2, int n, const std::locale& loc) {
-  if (LessT(a1, b1, n, loc)) return true;
-  if (LessT(b1, a1, n, loc)) return false;
+  if (LessT(a1, b1, n, loc)) {
+    return true;
+  }
+  if (LessT(b1, a1, n, loc)) {
+    return false;
+  }
   return LessT(a2, b2, n, loc);
 }
 
@@ -334,7 +364,9 @@ typename S::size_type FindT(const S& text, const S& what, const std::locale& loc
       std::search(text.begin(), text.end(), what.begin(), what.end(), [&key](auto x, auto y) {
         return key(x) == key(y);
       });
-  if (it == text.end() && !what.empty()) return S::npos;
+  if (it == text.end() && !what.empty()) {
+    return S::npos;
+  }
   return static_cast<typename S::size_type>(it - text.begin());
 }
 
@@ -359,14 +391,16 @@ struct ParsedPath {
 
 template <class S>
 void AddSegment(ParsedPath<S>& parsed, const S& segment) {
-  if (segment.empty() || segment == Lit<S>(".")) return;
-  if (segment != Lit<S>("..")) {
-    parsed.segments.push_back(segment);
-  } else if (!parsed.segments.empty() && parsed.segments.back() != Lit<S>("..")) {
+  if (segment.empty() || segment == Lit<S>(".")) {
+    return;
+  }
+  const bool climbs = segment == Lit<S>("..");
+  const bool canClimb = !parsed.segments.empty() && parsed.segments.back() != Lit<S>("..");
+  if (climbs && canClimb) {
     parsed.segments.pop_back();
-  } else if (parsed.root.empty()) {
+  } else if (!climbs || parsed.root.empty()) {
     parsed.segments.push_back(segment);
-  }  // ".." directly below a root stays at the root.
+  }  // else ".." directly below a root stays at the root.
 }
 
 template <class S>
@@ -384,7 +418,9 @@ ParsedPath<S> ParsePath(const S& path) {
   }
   while (i < path.size()) {
     std::size_t end = i;
-    while (end < path.size() && !IsSeparator(path[end])) ++end;
+    while (end < path.size() && !IsSeparator(path[end])) {
+      ++end;
+    }
     AddSegment(parsed, path.substr(i, end - i));
     i = end + 1;
   }
@@ -395,7 +431,9 @@ template <class S>
 S JoinPath(const ParsedPath<S>& parsed) {
   S joined = parsed.root;
   for (std::size_t i = 0; i < parsed.segments.size(); ++i) {
-    if (i > 0) joined.push_back(Ch<CharOf<S>>('/'));
+    if (i > 0) {
+      joined.push_back(Ch<CharOf<S>>('/'));
+    }
     joined += parsed.segments[i];
   }
   return joined.empty() ? Lit<S>(".") : joined;
@@ -415,7 +453,9 @@ bool SameRoot(const S& a, const S& b) {
 template <class S>
 void RelativeToAbsoluteT(const S& base, const S& path, S& result) {
   ParsedPath<S> parsed = ParsePath(path);
-  if (parsed.root.empty() && !base.empty()) parsed = ParsePath(base + Ch<CharOf<S>>('/') + path);
+  if (parsed.root.empty() && !base.empty()) {
+    parsed = ParsePath(base + Ch<CharOf<S>>('/') + path);
+  }
   result = JoinPath(parsed);
 }
 
@@ -448,7 +488,9 @@ void AbsoluteToRelativeT(const S& base, const S& path, S& result) {
 
 template <class S>
 void TrimCommonLeadingSegments(std::vector<S>& texts, CharOf<S> delimiter, unsigned keepSegments) {
-  if (texts.empty()) return;
+  if (texts.empty()) {
+    return;
+  }
   const std::size_t keep = std::max<std::size_t>(keepSegments, 1);
   std::size_t removable = S::npos;  // segments every text can lose
   for (const S& t : texts) {
@@ -466,19 +508,29 @@ void TrimCommonLeadingSegments(std::vector<S>& texts, CharOf<S> delimiter, unsig
       return t.size() >= candidate &&
              t.compare(prefix, candidate - prefix, first, prefix, candidate - prefix) == 0;
     });
-    if (!shared) break;
+    if (!shared) {
+      break;
+    }
     prefix = candidate;
   }
-  if (prefix == 0) return;
-  for (S& t : texts) t.erase(0, prefix);
+  if (prefix == 0) {
+    return;
+  }
+  for (S& t : texts) {
+    t.erase(0, prefix);
+  }
 }
 
 template <class S>
 void TrimCommonTrailingSegments(std::vector<S>& texts, CharOf<S> delimiter, unsigned keepSegments) {
   // Trailing segments are the leading segments of the reversed texts.
-  for (S& t : texts) std::reverse(t.begin(), t.end());
+  for (S& t : texts) {
+    std::reverse(t.begin(), t.end());
+  }
   TrimCommonLeadingSegments(texts, delimiter, keepSegments);
-  for (S& t : texts) std::reverse(t.begin(), t.end());
+  for (S& t : texts) {
+    std::reverse(t.begin(), t.end());
+  }
 }
 
 // ---------------------------------------------------------------------------
@@ -510,13 +562,17 @@ void ConvertAll(const From* from, const From* end, std::basic_string<To>& out, T
     const auto result = step(state, from, end, fromNext, to, toEnd, toNext);
     from = fromNext;
     to = toNext;
-    if (result == std::codecvt_base::ok) continue;
+    if (result == std::codecvt_base::ok) {
+      continue;
+    }
     // error, or partial: an incomplete sequence at the end of the input.
     *to++ = substitute;
     ++from;
     state = std::mbstate_t{};
   }
-  if (kReadingBytes && std::mbsinit(&state) == 0) *to++ = substitute;
+  if (kReadingBytes && std::mbsinit(&state) == 0) {
+    *to++ = substitute;
+  }
   out.resize(static_cast<std::size_t>(to - out.data()));
 }
 
@@ -540,7 +596,9 @@ struct NumberShape {
 };
 
 std::size_t SkipDigits(std::wstring_view text, std::size_t i) {
-  while (i < text.size() && IsAsciiDigit(text[i])) ++i;
+  while (i < text.size() && IsAsciiDigit(text[i])) {
+    ++i;
+  }
   return i;
 }
 
@@ -552,7 +610,9 @@ std::size_t SkipSign(std::wstring_view text, std::size_t i) {
 // [spaces], with at least one digit in the mantissa. False for anything else.
 bool ParseNumber(std::wstring_view text, wchar_t separator, NumberShape& shape) {
   const auto first = text.find_first_not_of(L' ');
-  if (first == std::wstring_view::npos) return false;
+  if (first == std::wstring_view::npos) {
+    return false;
+  }
   shape.begin = first;
   shape.end = text.find_last_not_of(L' ') + 1;
   const std::wstring_view number = text.substr(0, shape.end);
@@ -567,30 +627,40 @@ bool ParseNumber(std::wstring_view text, wchar_t separator, NumberShape& shape) 
     i = SkipDigits(number, fractionBegin);
     digits += i - fractionBegin;
   }
-  if (digits == 0) return false;
+  if (digits == 0) {
+    return false;
+  }
   shape.mantissaEnd = i;
   if (i < number.size() && (number[i] == L'e' || number[i] == L'E')) {
     const std::size_t exponentDigits = SkipSign(number, i + 1);
     i = SkipDigits(number, exponentDigits);
-    if (i == exponentDigits) return false;
+    if (i == exponentDigits) {
+      return false;
+    }
   }
   return i == number.size();
 }
 
 bool ReadValue(std::wstring_view text, wchar_t separator, double& value) {
   NumberShape shape;
-  if (!ParseNumber(text, separator, shape)) return false;
+  if (!ParseNumber(text, separator, shape)) {
+    return false;
+  }
   // from_chars reads the C notation and takes no plus sign.
   std::string ascii;
   ascii.reserve(shape.end - shape.begin);
   for (std::size_t i = shape.begin; i < shape.end; ++i) {
     const wchar_t c = text[i];
-    if (c == L'+' && i == shape.begin) continue;
+    if (c == L'+' && i == shape.begin) {
+      continue;
+    }
     ascii.push_back(i == shape.separator ? '.' : static_cast<char>(c));
   }
   double parsed = 0.0;
   const auto [ptr, ec] = std::from_chars(ascii.data(), ascii.data() + ascii.size(), parsed);
-  if (ec != std::errc{} || ptr != ascii.data() + ascii.size()) return false;
+  if (ec != std::errc{} || ptr != ascii.data() + ascii.size()) {
+    return false;
+  }
   value = parsed;
   return true;
 }
@@ -605,7 +675,9 @@ std::vector<CellValue<double>> ReadRow(std::wstring_view row, wchar_t separator)
     TrimT(cell.m_strText);
     cell.m_bValid = ReadValue(cell.m_strText, separator, cell.m_Value);
     cells.push_back(std::move(cell));
-    if (tab == row.size()) return cells;
+    if (tab == row.size()) {
+      return cells;
+    }
     begin = tab + 1;
   }
 }
@@ -763,7 +835,9 @@ std::wstring& QvStringUtil::RemoveTrailingZeroes(std::wstring& s) {
     return s;
   }
   std::size_t keepUpTo = shape.mantissaEnd;
-  while (keepUpTo > shape.separator + 1 && s[keepUpTo - 1] == L'0') --keepUpTo;
+  while (keepUpTo > shape.separator + 1 && s[keepUpTo - 1] == L'0') {
+    --keepUpTo;
+  }
   if (keepUpTo == shape.separator + 1) {
     // No fraction digit left: the separator goes too, unless the mantissa would
     // then hold no digit at all (".000" keeps ".0").
@@ -773,7 +847,9 @@ std::wstring& QvStringUtil::RemoveTrailingZeroes(std::wstring& s) {
 }
 
 bool QvStringUtil::ReadValueFromString(const wchar_t* text, double& value) {
-  if (text == nullptr) return false;
+  if (text == nullptr) {
+    return false;
+  }
   return ReadValue(text, UserDecimalSeparator(), value);
 }
 
@@ -787,7 +863,9 @@ void QvStringUtil::BuildMatrixFromString(const std::wstring& text,
     const std::size_t end = std::min(all.find_first_of(L"\r\n", begin), all.size());
     matrix.push_back(ReadRow(all.substr(begin, end - begin), separator));
     begin = end + 1;
-    if (end + 1 < all.size() && all[end] == L'\r' && all[end + 1] == L'\n') ++begin;
+    if (end + 1 < all.size() && all[end] == L'\r' && all[end + 1] == L'\n') {
+      ++begin;
+    }
   }
 }
 

@@ -57,7 +57,9 @@ std::locale UserDefaultLocale() {
   const std::lock_guard<std::mutex> lock(g_mutex);
   // Absent only before load or after unload, when another library's static
   // objects call in: build it then rather than fail.
-  if (g_pUserLocale == nullptr) ReplaceUserLocaleLocked();
+  if (g_pUserLocale == nullptr) {
+    ReplaceUserLocaleLocked();
+  }
   return *g_pUserLocale;
 }
 
