@@ -231,7 +231,6 @@ int main(int argc, char** argv) {
   // order from touched memory, and the benchmark measures the function rather
   // than the kernel's page faults.
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
-  mallopt(M_MMAP_THRESHOLD, 1 << 30);
   mallopt(M_MXFAST, 0);
   benchmark::Initialize(&argc, argv);
   RatioReporter reporter;

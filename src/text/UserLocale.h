@@ -7,8 +7,8 @@
 // (InitializeLocaleUnit) and again on demand; the month-name one on the first
 // request for it. Both go at unload (FinalizeLocaleUnit).
 //
-// Thread-safety: thread-safe. Callers get copies (std::locale shares its facets
-// by reference count), so replacing the locales never invalidates one in use.
+// Thread-safety: thread-safe. Callers get copies, and a replaced locale is kept
+// until unload, so replacing the locales never invalidates one in use.
 #ifndef QVSYSBASE_SRC_TEXT_USERLOCALE_H_
 #define QVSYSBASE_SRC_TEXT_USERLOCALE_H_
 
