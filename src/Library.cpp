@@ -21,7 +21,7 @@ namespace {
 class LibraryLifetime {
  public:
   LibraryLifetime() {
-    // step 2: InitializeLocaleUnit();
+    InitializeLocaleUnit();  // step 2
     InitializeGroupDestructionUnit();  // step 3
     // step 4: random streams (a later unit)
     // step 5: InitializeKernelUnit();
@@ -29,7 +29,7 @@ class LibraryLifetime {
   ~LibraryLifetime() {
     // reverse: FinalizeKernelUnit(); random streams
     FinalizeGroupDestructionUnit();
-    // FinalizeLocaleUnit();
+    FinalizeLocaleUnit();
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;

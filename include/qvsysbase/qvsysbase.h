@@ -3,6 +3,7 @@
 #define QVSYSBASE_QVSYSBASE_H_
 
 #include "qvsysbase/Aborter.h"
+#include "qvsysbase/CellValue.h"
 #include "qvsysbase/CriticalSection.h"
 #include "qvsysbase/Cypher.h"
 #include "qvsysbase/Export.h"
@@ -12,6 +13,9 @@
 #include "qvsysbase/OSExceptions.h"
 #include "qvsysbase/QvCallbackProt.h"
 #include "qvsysbase/qvExcept.h"
+#include "qvsysbase/QvLocaleUtil.h"
+#include "qvsysbase/qvmath.h"
+#include "qvsysbase/QvStringUtil.h"
 #include "qvsysbase/RefCounterProt.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/SenderReceiver.h"

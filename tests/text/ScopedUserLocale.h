@@ -1,0 +1,54 @@
+// Test helper: makes `name` the user's locale (LC_ALL) for the guard's lifetime
+// and tells the library, then restores the environment and tells it again.
+#ifndef QVSYSBASE_TESTS_TEXT_SCOPEDUSERLOCALE_H_
+#define QVSYSBASE_TESTS_TEXT_SCOPEDUSERLOCALE_H_
+
+#include <cstdlib>
+#include <locale>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "qvsysbase/QvStringUtil.h"
+
+namespace qvsysbase::testing_support {
+
+inline bool IsLocaleInstalled(const char* name) {
+  try {
+    std::locale probe(name);
+    return true;
+  } catch (const std::runtime_error&) {
+    return false;
+  }
+}
+
+class ScopedUserLocale {
+ public:
+  explicit ScopedUserLocale(const char* name) {
+    if (const char* previous = std::getenv("LC_ALL")) m_Previous = previous;
+    ::setenv("LC_ALL", name, 1);
+    QvStringUtil::SettingChanged();
+  }
+  ~ScopedUserLocale() {
+    if (m_Previous) {
+      ::setenv("LC_ALL", m_Previous->c_str(), 1);
+    } else {
+      ::unsetenv("LC_ALL");
+    }
+    QvStringUtil::SettingChanged();
+  }
+  ScopedUserLocale(const ScopedUserLocale&) = delete;
+  ScopedUserLocale& operator=(const ScopedUserLocale&) = delete;
+
+ private:
+  std::optional<std::string> m_Previous;
+};
+
+inline constexpr const char* kGermanLocale = "de_DE.UTF-8";
+inline constexpr const char* kGermanMissing =
+    "locale de_DE.UTF-8 is not installed (generate it with: localedef -i de_DE -f UTF-8 "
+    "de_DE.UTF-8)";
+
+}  // namespace qvsysbase::testing_support
+
+#endif  // QVSYSBASE_TESTS_TEXT_SCOPEDUSERLOCALE_H_
