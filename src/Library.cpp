@@ -24,11 +24,11 @@ class LibraryLifetime {
     // step 2: InitializeLocaleUnit();
     // step 3: InitializeGroupDestructionUnit();
     // step 4: random streams (a later unit)
-    // step 5: InitializeKernelUnit();
+    InitializeKernelUnit();  // step 5
   }
   ~LibraryLifetime() {
-    // reverse: FinalizeKernelUnit(); random streams; FinalizeGroupDestructionUnit();
-    // FinalizeLocaleUnit();
+    FinalizeKernelUnit();
+    // reverse: random streams; FinalizeGroupDestructionUnit(); FinalizeLocaleUnit();
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;

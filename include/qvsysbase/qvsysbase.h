@@ -3,6 +3,7 @@
 #define QVSYSBASE_QVSYSBASE_H_
 
 #include "qvsysbase/Export.h"
+#include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/qvExcept.h"
 
