@@ -8,10 +8,14 @@
 
 #include <cblas.h>
 
+#include <algorithm>
+#include <bit>
+#include <boost/math/constants/constants.hpp>
 #include <boost/math/special_functions/erf.hpp>
 #include <boost/math/special_functions/gamma.hpp>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -92,25 +96,39 @@ void dbSub3(const double* a, const double* b, double* dst, int n) {
   for (int i = 0; i < n; ++i) dst[i] = a[i] - b[i];
 }
 
-// sqrt of a value below zero (-0.0 is not) is a domain error. The count rides
-// along in the vectorised loop; the statuses are raised after it, since an
-// in-place result no longer shows which arguments were negative.
-int SqrtCountingNegatives(const double* src, double* dst, int n) {
+// sqrt of a value below zero (-0.0 is not) is a domain error. An in-place
+// result no longer shows which arguments were negative, so each chunk is
+// checked before its square roots are taken: a vectorised OR of the sign bits
+// says whether any argument may be negative, and only then are the negatives
+// counted one by one. The chunk (4 KiB) is still in L1 when the roots read it.
+constexpr int kSqrtCheckChunk = 512;
+
+bool AnySignBitSet(const double* x, int n) {
+  std::uint64_t bits = 0;
+  for (int i = 0; i < n; ++i) bits |= std::bit_cast<std::uint64_t>(x[i]);
+  return (bits >> 63) != 0;
+}
+
+int CountNegatives(const double* x, int n) {
   int negatives = 0;
-  for (int i = 0; i < n; ++i) {
-    const double x = src[i];
-    negatives += x < 0.0 ? 1 : 0;
-    dst[i] = std::sqrt(x);
-  }
+  for (int i = 0; i < n; ++i) negatives += x[i] < 0.0 ? 1 : 0;
   return negatives;
 }
-void RaiseSqrtDomainErrors(int count) {
-  for (int k = 0; k < count; ++k) RaiseVectorMathStatus(kVmlDomainError, kSqrtName);
+
+void SqrtLoop(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(src[i]);
 }
-void dbSqrt1(double* vec, int n) { RaiseSqrtDomainErrors(SqrtCountingNegatives(vec, vec, n)); }
-void dbSqrt2(const double* src, double* dst, int n) {
-  RaiseSqrtDomainErrors(SqrtCountingNegatives(src, dst, n));
+
+void SqrtChecked(const double* src, double* dst, int n) {
+  for (int start = 0; start < n; start += kSqrtCheckChunk) {
+    const int len = std::min(kSqrtCheckChunk, n - start);
+    const int negatives = AnySignBitSet(src + start, len) ? CountNegatives(src + start, len) : 0;
+    SqrtLoop(src + start, dst + start, len);
+    for (int k = 0; k < negatives; ++k) RaiseVectorMathStatus(kVmlDomainError, kSqrtName);
+  }
 }
+void dbSqrt1(double* vec, int n) { SqrtChecked(vec, vec, n); }
+void dbSqrt2(const double* src, double* dst, int n) { SqrtChecked(src, dst, n); }
 
 // ---- exp and log -------------------------------------------------------------
 // One element at a time, for processors without AVX.

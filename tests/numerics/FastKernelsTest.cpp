@@ -244,6 +244,11 @@ TEST(VectorMathStatusTest, SqrtOfANegativeIsReported) {
   H::nspdbSqrt1(v.data(), 4);
   EXPECT_TRUE(std::isnan(v[1]));
   EXPECT_EQ(capture.reports(), std::vector<std::string>(2, "vdSqrt"));
+  Vec many(1030, 4.0), roots(1030);  // negatives in three checking chunks
+  many[0] = many[600] = many[1029] = -4.0;
+  H::nspdbSqrt2(many.data(), roots.data(), 1030);
+  EXPECT_EQ(capture.reports().size(), 5u);
+  EXPECT_EQ(roots[1028], 2.0);
 }
 
 TEST(VectorMathStatusTest, ThePlainSetChecksNothing) {
