@@ -1,4 +1,4 @@
-// The numeric kernel switchboard. Every vector, matrix, special-function,
+// The numeric kernel switchboard. Every vector, matrix, scalar-function,
 // random-number and optimisation kernel of the application is reached through one
 // of the 45 function pointers below, so the implementation behind them can be
 // switched at run time without relinking.
@@ -10,8 +10,9 @@
 //     domain or singularity error goes to ReportKernelError), 64-byte aligned
 //     buffers;
 //   - every other mode, the plain set: straightforward loops in double
-//     precision. It leaves the special functions, the random streams, the matrix
-//     kernels other than the matrix-vector product and the optimiser null.
+//     precision. It leaves ERF, PhiInverse and LnGamma, the random streams,
+//     the matrix kernels other than the matrix-vector product and the
+//     optimiser null.
 //
 // The table is empty until the host selects a mode other than 0 (normally 1):
 // the library's start-up step calls setIntelSPLMode(0, 1), which changes nothing

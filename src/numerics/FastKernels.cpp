@@ -162,7 +162,7 @@ ExpLnPair ChooseExpLn() {
   return {&ExpInPlaceScalar, &LnInPlaceScalar};
 }
 
-// ---- Special functions -------------------------------------------------------
+// ---- Scalar functions --------------------------------------------------------
 // Boost reports nothing itself; the statuses are decided from the argument and
 // the result, as the vendor's functions decide them.
 using QuietPolicy = boost::math::policies::policy<

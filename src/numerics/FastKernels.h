@@ -1,7 +1,7 @@
 // The kernel-library set (mode 1): BLAS for the BLAS routines, SLEEF for exp
-// and log, vectorised loops for the other elementwise slots, Boost.Math for the
-// special functions, the matrix kernels of MatrixKernels.h, and 64-byte aligned
-// buffers.
+// and log, vectorised loops for the other elementwise slots, Boost.Math for
+// erf, the normal quantile and lgamma, the matrix kernels of MatrixKernels.h,
+// and 64-byte aligned buffers.
 #ifndef QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
 #define QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
 

@@ -12,7 +12,7 @@
 namespace qvsysbase::detail {
 namespace {
 
-constexpr double kExpSuspectAbove = 709.0;
+constexpr double kExpCheckAbove = 709.0;
 
 struct Avx {
   static constexpr int kWidth = 4;
@@ -27,22 +27,22 @@ struct Exp {
   // included) is checked against its result. Testing the argument rather
   // than the result keeps the branch off SLEEF's latency chain, so that
   // successive calls still overlap.
-  static unsigned SuspectArgument(__m256d x) {
+  static unsigned FlagArguments(__m256d x) {
     return static_cast<unsigned>(
-        _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_set1_pd(kExpSuspectAbove), _CMP_GT_OQ)));
+        _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_set1_pd(kExpCheckAbove), _CMP_GT_OQ)));
   }
-  static unsigned SuspectResult(__m256d) { return 0; }
+  static unsigned FlagResults(__m256d) { return 0; }
   static void Check(const double* x, const double* y, int lanes) { CheckExpLanes(x, y, lanes); }
 };
 
 struct Ln {
   static __m256d Compute(__m256d x) { return Sleef_logd4_u10(x); }
   // Zero, negative and -inf arguments; NaN compares false and passes.
-  static unsigned SuspectArgument(__m256d x) {
+  static unsigned FlagArguments(__m256d x) {
     return static_cast<unsigned>(
         _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_setzero_pd(), _CMP_LE_OQ)));
   }
-  static unsigned SuspectResult(__m256d) { return 0; }
+  static unsigned FlagResults(__m256d) { return 0; }
   static void Check(const double* x, const double*, int lanes) { CheckLnLanes(x, lanes); }
 };
 

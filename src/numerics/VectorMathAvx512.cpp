@@ -11,7 +11,7 @@
 namespace qvsysbase::detail {
 namespace {
 
-constexpr double kExpSuspectAbove = 709.0;
+constexpr double kExpCheckAbove = 709.0;
 
 struct Avx512 {
   static constexpr int kWidth = 8;
@@ -26,20 +26,20 @@ struct Exp {
   // included) is checked against its result. Testing the argument rather
   // than the result keeps the branch off SLEEF's latency chain, so that
   // successive calls still overlap.
-  static unsigned SuspectArgument(__m512d x) {
-    return _mm512_cmp_pd_mask(x, _mm512_set1_pd(kExpSuspectAbove), _CMP_GT_OQ);
+  static unsigned FlagArguments(__m512d x) {
+    return _mm512_cmp_pd_mask(x, _mm512_set1_pd(kExpCheckAbove), _CMP_GT_OQ);
   }
-  static unsigned SuspectResult(__m512d) { return 0; }
+  static unsigned FlagResults(__m512d) { return 0; }
   static void Check(const double* x, const double* y, int lanes) { CheckExpLanes(x, y, lanes); }
 };
 
 struct Ln {
   static __m512d Compute(__m512d x) { return Sleef_logd8_u10(x); }
   // Zero, negative and -inf arguments; NaN compares false and passes.
-  static unsigned SuspectArgument(__m512d x) {
+  static unsigned FlagArguments(__m512d x) {
     return _mm512_cmp_pd_mask(x, _mm512_setzero_pd(), _CMP_LE_OQ);
   }
-  static unsigned SuspectResult(__m512d) { return 0; }
+  static unsigned FlagResults(__m512d) { return 0; }
   static void Check(const double* x, const double*, int lanes) { CheckLnLanes(x, lanes); }
 };
 

@@ -4,7 +4,7 @@
 // of a wider instruction set leaks into shared inline functions.
 //
 // Isa: kWidth, Vec, Load(const double*), Store(double*, Vec).
-// Op:  Compute(Vec) -> Vec; SuspectArgument(x) and SuspectResult(y) -> lane
+// Op:  Compute(Vec) -> Vec; FlagArguments(x) and FlagResults(y) -> lane
 //      bits that may carry a status; Check(const double* x, const double* y,
 //      int lanes).
 //
@@ -20,9 +20,9 @@ namespace qvsysbase::detail {
 template <class Isa, class Op>
 inline void ComputeAndCheck(double* p) {
   const typename Isa::Vec x = Isa::Load(p);
-  const unsigned suspectArguments = Op::SuspectArgument(x);
+  const unsigned flaggedArguments = Op::FlagArguments(x);
   const typename Isa::Vec y = Op::Compute(x);
-  if ((suspectArguments | Op::SuspectResult(y)) != 0) [[unlikely]] {
+  if ((flaggedArguments | Op::FlagResults(y)) != 0) [[unlikely]] {
     // p still holds the arguments: check them against the results, then store.
     alignas(64) double ys[Isa::kWidth];
     Isa::Store(ys, y);
@@ -45,7 +45,7 @@ void ApplyChecked(double* vec, int n) {
   const typename Isa::Vec y = Op::Compute(Isa::Load(tail));
   alignas(64) double results[kWidth];
   Isa::Store(results, y);
-  if ((Op::SuspectArgument(Isa::Load(tail)) | Op::SuspectResult(y)) != 0) {
+  if ((Op::FlagArguments(Isa::Load(tail)) | Op::FlagResults(y)) != 0) {
     Op::Check(tail, results, rest);
   }
   for (int k = 0; k < rest; ++k) vec[i + k] = results[k];

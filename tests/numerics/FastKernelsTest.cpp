@@ -1,5 +1,5 @@
 // The kernel-library set against the plain set as an oracle, the vector-math
-// statuses, and the special functions.
+// statuses, and the scalar functions.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -261,9 +261,9 @@ TEST(VectorMathStatusTest, ThePlainSetChecksNothing) {
   EXPECT_TRUE(capture.reports().empty());
 }
 
-// ---- Special functions -------------------------------------------------------
+// ---- Scalar functions --------------------------------------------------------
 
-TEST(SpecialFunctionTest, AgreeWithTheRunTimeLibrary) {
+TEST(ScalarFunctionTest, AgreeWithTheRunTimeLibrary) {
   Select(H::SplModeMKL);
   for (double x = -5.9; x <= 6.0; x += 0.37) {
     SCOPED_TRACE(x);
@@ -279,7 +279,7 @@ TEST(SpecialFunctionTest, AgreeWithTheRunTimeLibrary) {
   EXPECT_NEAR(H::PhiInverse(0.975), 1.959963984540054, 4 * kEps);
 }
 
-TEST(SpecialFunctionTest, PolesAndDomainErrorsAreReportedOverflowThrown) {
+TEST(ScalarFunctionTest, PolesAndDomainErrorsAreReportedOverflowThrown) {
   Select(H::SplModeMKL);
   ReportCapture capture;
   EXPECT_EQ(H::PhiInverse(0.0), -kInf);
