@@ -24,12 +24,13 @@ class LibraryLifetime {
     InitializeLocaleUnit();  // step 2
     InitializeGroupDestructionUnit();  // step 3
     // step 4: random streams (a later unit)
-    // step 5: InitializeKernelUnit();
+    InitializeKernelUnit();  // step 5
   }
   ~LibraryLifetime() {
-    // reverse: FinalizeKernelUnit(); random streams
-    FinalizeGroupDestructionUnit();
-    FinalizeLocaleUnit();
+    FinalizeKernelUnit();  // step 5
+    // step 4: random streams (a later unit)
+    FinalizeGroupDestructionUnit();  // step 3
+    FinalizeLocaleUnit();  // step 2
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;

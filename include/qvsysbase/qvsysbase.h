@@ -8,6 +8,7 @@
 #include "qvsysbase/Cypher.h"
 #include "qvsysbase/Export.h"
 #include "qvsysbase/GroupDestructor.h"
+#include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/OSExceptions.h"

@@ -1,0 +1,272 @@
+// The kernel-library set (mode 1). BLAS routines go to the BLAS library as they
+// are; the elementwise loops are written so that the compiler vectorises them
+// (this unit is built without errno and with GCC's full vectoriser cost model);
+// exp and log run through SLEEF at the widest width the processor offers; the
+// vector-math functions check their results in the same pass and raise the
+// vendor's statuses through RaiseVectorMathStatus.
+#include "FastKernels.h"
+
+#include <cblas.h>
+
+#include <algorithm>
+#include <bit>
+#include <boost/math/constants/constants.hpp>
+#include <boost/math/special_functions/erf.hpp>
+#include <boost/math/special_functions/gamma.hpp>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#include "MKLWrapper.h"
+#include "MatrixKernels.h"
+#include "PlainKernels.h"
+#include "VectorMath.h"
+#include "qvsysbase/IntelSPLHandler.h"
+
+namespace qvsysbase::detail {
+namespace {
+
+// Vendor names of the vector-math functions, as their statuses report them.
+constexpr const char* kExpName = "vdExp";
+constexpr const char* kLnName = "vdLn";
+constexpr const char* kSqrtName = "vdSqrt";
+constexpr const char* kCdfNormInvName = "vdCdfNormInv";
+constexpr const char* kLGammaName = "vdLGamma";
+
+// One cache line, and the widest vector register (AVX-512) that loads it whole.
+constexpr std::size_t kBufferAlignment = 64;
+// nspdbZero copies from this block, kZeroBlock elements at a time.
+constexpr int kZeroBlock = 64;
+constinit const double kZeros[kZeroBlock] = {};
+
+template <class T>
+T* AllocateAligned(int n) {
+  MarkMemAllocExercised();
+  if (n < 0) throw std::bad_alloc();
+  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof(T);
+  // aligned_alloc wants a size that is a multiple of the alignment.
+  const std::size_t rounded = (bytes + kBufferAlignment - 1) & ~(kBufferAlignment - 1);
+  void* p = std::aligned_alloc(kBufferAlignment, rounded);
+  if (p == nullptr && n != 0) throw std::bad_alloc();
+  return static_cast<T*>(p);
+}
+
+double* dMalloc(int n) { return AllocateAligned<double>(n); }
+int* iMalloc(int n) { return AllocateAligned<int>(n); }
+void Free(void* p) { std::free(p); }
+
+void dbZero(double* dst, int n) {
+  int done = 0;
+  for (; done + kZeroBlock <= n; done += kZeroBlock)
+    cblas_dcopy(kZeroBlock, kZeros, 1, dst + done, 1);
+  if (done < n) cblas_dcopy(n - done, kZeros, 1, dst + done, 1);
+}
+
+// ---- BLAS ------------------------------------------------------------------
+double dDotProd(const double* a, const double* b, int n) { return cblas_ddot(n, a, 1, b, 1); }
+void dbCopy(const double* src, double* dst, int n) { cblas_dcopy(n, src, 1, dst, 1); }
+void dbMpy1(double val, double* dst, int n) { cblas_dscal(n, val, dst, 1); }
+void dbAddScaledVector(const double* src, double scale, double* dst, int n) {
+  cblas_daxpy(n, scale, src, 1, dst, 1);
+}
+
+// ---- Vectorised loops --------------------------------------------------------
+void dbAbs1(double* vec, int n) {
+  for (int i = 0; i < n; ++i) vec[i] = std::fabs(vec[i]);
+}
+void dbAbs2(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = std::fabs(src[i]);
+}
+void dbMpy2(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = src[i] * dst[i];
+}
+void dbMpy3(const double* a, const double* b, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = a[i] * b[i];
+}
+void dbAdd2(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = src[i] + dst[i];
+}
+void dbSub2(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = dst[i] - src[i];
+}
+void dbSub3(const double* a, const double* b, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = a[i] - b[i];
+}
+
+// sqrt of a value below zero (-0.0 is not) is a domain error. An in-place
+// result no longer shows which arguments were negative, so each chunk is
+// checked before its square roots are taken: a vectorised OR of the sign bits
+// says whether any argument may be negative, and only then are the negatives
+// counted one by one. The chunk (4 KiB) is still in L1 when the roots read it.
+constexpr int kSqrtCheckChunk = 512;
+
+bool AnySignBitSet(const double* x, int n) {
+  std::uint64_t bits = 0;
+  for (int i = 0; i < n; ++i) bits |= std::bit_cast<std::uint64_t>(x[i]);
+  return (bits >> 63) != 0;
+}
+
+int CountNegatives(const double* x, int n) {
+  int negatives = 0;
+  for (int i = 0; i < n; ++i) negatives += x[i] < 0.0 ? 1 : 0;
+  return negatives;
+}
+
+void SqrtLoop(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(src[i]);
+}
+
+void SqrtChecked(const double* src, double* dst, int n) {
+  for (int start = 0; start < n; start += kSqrtCheckChunk) {
+    const int len = std::min(kSqrtCheckChunk, n - start);
+    const int negatives = AnySignBitSet(src + start, len) ? CountNegatives(src + start, len) : 0;
+    SqrtLoop(src + start, dst + start, len);
+    for (int k = 0; k < negatives; ++k) RaiseVectorMathStatus(kVmlDomainError, kSqrtName);
+  }
+}
+void dbSqrt1(double* vec, int n) { SqrtChecked(vec, vec, n); }
+void dbSqrt2(const double* src, double* dst, int n) { SqrtChecked(src, dst, n); }
+
+// ---- exp and log -------------------------------------------------------------
+// One element at a time, for processors without AVX.
+void ExpInPlaceScalar(double* vec, int n) {
+  for (int i = 0; i < n; ++i) {
+    const double x = vec[i];
+    vec[i] = std::exp(x);
+    if (std::isinf(vec[i])) CheckExpLanes(&x, &vec[i], 1);
+  }
+}
+void LnInPlaceScalar(double* vec, int n) {
+  for (int i = 0; i < n; ++i) {
+    const double x = vec[i];
+    vec[i] = std::log(x);
+    if (x <= 0.0) CheckLnLanes(&x, 1);
+  }
+}
+
+using InPlaceFn = void (*)(double* vec, int n);
+struct ExpLnPair {
+  InPlaceFn exp;
+  InPlaceFn ln;
+};
+
+ExpLnPair ChooseExpLn() {
+#if defined(QV_HAVE_X86_VECTOR_MATH)
+  __builtin_cpu_init();
+  if (__builtin_cpu_supports("avx512f")) return {&ExpInPlaceAvx512, &LnInPlaceAvx512};
+  if (__builtin_cpu_supports("avx")) return {&ExpInPlaceAvx, &LnInPlaceAvx};
+#endif
+  return {&ExpInPlaceScalar, &LnInPlaceScalar};
+}
+
+// ---- Scalar functions --------------------------------------------------------
+// Boost reports nothing itself; the statuses are decided from the argument and
+// the result, as the vendor's functions decide them.
+using QuietPolicy = boost::math::policies::policy<
+    boost::math::policies::domain_error<boost::math::policies::ignore_error>,
+    boost::math::policies::pole_error<boost::math::policies::ignore_error>,
+    boost::math::policies::overflow_error<boost::math::policies::ignore_error>,
+    boost::math::policies::underflow_error<boost::math::policies::ignore_error>,
+    boost::math::policies::evaluation_error<boost::math::policies::ignore_error>>;
+
+double Erf(double x) { return boost::math::erf(x, QuietPolicy()); }
+
+// Phi^-1(p) = -sqrt(2) * erfc^-1(2p); p outside [0, 1] is a domain error, 0 and
+// 1 are the poles at -inf and +inf.
+double PhiInverse(double p) {
+  if (std::isnan(p)) return p;
+  if (p < 0.0 || p > 1.0) {
+    RaiseVectorMathStatus(kVmlDomainError, kCdfNormInvName);
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  if (p == 0.0 || p == 1.0) {
+    RaiseVectorMathStatus(kVmlSingularity, kCdfNormInvName);
+    return p == 0.0 ? -HUGE_VAL : HUGE_VAL;
+  }
+  return -boost::math::constants::root_two<double>() *
+         boost::math::erfc_inv(2.0 * p, QuietPolicy());
+}
+
+// ln|Gamma(x)|: the poles are zero and the negative integers; beyond about
+// 2.5e305 the finite argument overflows.
+double LnGamma(double x) {
+  if (std::isnan(x) || std::isinf(x)) return std::fabs(x);
+  if (x <= 0.0 && std::floor(x) == x) {
+    RaiseVectorMathStatus(kVmlSingularity, kLGammaName);
+    return HUGE_VAL;
+  }
+  const double r = boost::math::lgamma(x, QuietPolicy());
+  if (std::isinf(r)) RaiseVectorMathStatus(kVmlOverflow, kLGammaName);
+  return r;
+}
+
+}  // namespace
+
+void CheckExpLanes(const double* x, const double* y, int lanes) {
+  for (int k = 0; k < lanes; ++k) {
+    if (std::isfinite(x[k]) && std::isinf(y[k])) RaiseVectorMathStatus(kVmlOverflow, kExpName);
+  }
+}
+
+void CheckLnLanes(const double* x, int lanes) {
+  for (int k = 0; k < lanes; ++k) {
+    if (x[k] < 0.0) RaiseVectorMathStatus(kVmlDomainError, kLnName);
+    if (x[k] == 0.0) RaiseVectorMathStatus(kVmlSingularity, kLnName);
+  }
+}
+
+void InstallFastKernels() {
+  using H = IntelSPLHandler;
+  const ExpLnPair expLn = ChooseExpLn();
+  H::nspdMalloc = &dMalloc;
+  H::nspiMalloc = &iMalloc;
+  H::nspFree = &Free;
+  H::nspdbSet = &plain::dbSet;
+  H::nspdbZero = &dbZero;
+  H::nspwbZero = &plain::wbZero;
+  H::nspdbIntToFloat = &plain::dbIntToFloat;
+  H::nspdbAbs1 = &dbAbs1;
+  H::nspdbAbs2 = &dbAbs2;
+  H::nspdDotProd = &dDotProd;
+  H::nspMatrixMultiplyByVector = &mklMatrixMultiplyByVector;
+  H::nspdbSqrt1 = &dbSqrt1;
+  H::nspdbSqrt2 = &dbSqrt2;
+  H::nspdbCopy = &dbCopy;
+  H::nspwbCopy = &plain::wbCopy;
+  H::nspdbMpy1 = &dbMpy1;
+  H::nspdbMpy2 = &dbMpy2;
+  H::nspdbMpy3 = &dbMpy3;
+  H::nspdbAdd1 = &plain::dbAdd1;
+  H::nspdbAdd2 = &dbAdd2;
+  H::nspdbAddScaledVector = &dbAddScaledVector;
+  H::nspdbSub1 = &plain::dbSub1;
+  H::nspdbSub2 = &dbSub2;
+  H::nspdbSub3 = &dbSub3;
+  H::nspdbExp1 = expLn.exp;
+  H::nspdbLn1 = expLn.ln;
+  H::ERF = &Erf;
+  H::PhiInverse = &PhiInverse;
+  H::LnGamma = &LnGamma;
+  H::nspSortVector = &mklSortVector;
+  H::nspdMean = &plain::dMean;
+  H::nspdStdDev = &plain::dStdDev;
+  // The random streams and the trust-region solver have no kernels yet.
+  H::InitRandGen = nullptr;
+  H::InitRandGenWithSeed = nullptr;
+  H::nspdbRandGaus = nullptr;
+  H::InitRandUniformGen = nullptr;
+  H::nspiRandUniformBits = nullptr;
+  H::nspCholDcInplace = &mklCholDcInplace;
+  H::nspCholInverseInplace = &mklCholInverseInplace;
+  H::nspInverseTriangularInplace = &mklInverseTriangularInplace;
+  H::nspSolveLinEquatTriangular = &mklSolveLinEquatTriangular;
+  H::nspSolveLinEquatSymmetr = &mklSolveLinEquatSymmetr;
+  H::nspProductTrMatrTranspByTrMatrInplace = &mklProductTrMatrTranspByTrMatrInplace;
+  H::nspMatrixMultiply = &mklMatrixMultiply;
+  H::nspTROptimise = nullptr;
+}
+
+}  // namespace qvsysbase::detail

@@ -1,0 +1,16 @@
+// The kernel-library set (mode 1): BLAS for the BLAS routines, SLEEF for exp
+// and log, vectorised loops for the other elementwise slots, Boost.Math for
+// erf, the normal quantile and lgamma, the matrix kernels of MatrixKernels.h,
+// and 64-byte aligned buffers.
+#ifndef QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
+#define QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
+
+namespace qvsysbase::detail {
+
+// Fills every slot of IntelSPLHandler with the kernel-library set. exp and log
+// get the widest SLEEF functions the processor runs.
+void InstallFastKernels();
+
+}  // namespace qvsysbase::detail
+
+#endif  // QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
