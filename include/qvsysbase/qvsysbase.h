@@ -11,6 +11,7 @@
 #include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/LoadStream.h"
+#include "qvsysbase/nspSmartPtr.h"
 #include "qvsysbase/OSExceptions.h"
 #include "qvsysbase/QvCallbackProt.h"
 #include "qvsysbase/qvExcept.h"
