@@ -19,6 +19,9 @@ struct Command {
 // dump FILE: prints a stream's header and record tree; 1 on an inconsistency.
 int RunDump(const Arguments& args);
 
+// tour [FILE]: the library end to end on embedded data; 1 when a check fails.
+int RunTourCommand(const Arguments& args);
+
 }  // namespace qvsys
 
 #endif  // QVSYS_COMMANDS_H_

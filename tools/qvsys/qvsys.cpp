@@ -14,6 +14,7 @@ namespace {
 constexpr Command kCommands[] = {
     {"help", "help                 print this text", nullptr},
     {"dump", "dump FILE            print a stream's header and record tree", RunDump},
+    {"tour", "tour [FILE]          fit NIST Longley through the kernels, save, reload, dump", RunTourCommand},
 };
 
 int PrintUsage(std::ostream& os) {
