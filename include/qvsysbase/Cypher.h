@@ -58,6 +58,8 @@ class QVSYSBASE_API Cypher {
  private:
   Cypher();
   static Cypher& Instance();
+  static void CheckArguments(const unsigned char* in, unsigned length, const unsigned char* key,
+                             unsigned keyLength, const unsigned char* out);
 
   static Cypher* s_instance;  // the shared instance, alive during a call only
 

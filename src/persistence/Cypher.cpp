@@ -46,6 +46,14 @@ Cypher::~Cypher() {
   s_instance = nullptr;
 }
 
+// Every argument is checked before anything is allocated or written.
+void Cypher::CheckArguments(const unsigned char* in, unsigned length, const unsigned char* key,
+                            unsigned keyLength, const unsigned char* out) {
+  QV_ASSERT(keyLength > 0);
+  QV_ASSERT(key);
+  QV_ASSERT(length == 0 || (in && out));
+}
+
 Cypher& Cypher::Instance() {
   if (s_instance == nullptr) s_instance = new Cypher;
   return *s_instance;
@@ -53,9 +61,7 @@ Cypher& Cypher::Instance() {
 
 void Cypher::Write(unsigned char* in, unsigned length, unsigned char* key, unsigned keyLength,
                    unsigned char* out) {
-  QV_ASSERT(keyLength > 0);
-  QV_ASSERT(key);
-  QV_ASSERT(length == 0 || (in && out));
+  CheckArguments(in, length, key, keyLength, out);
   CBlowFish& engine = *Instance().m_pBlowFish;
   InstanceScope scope(s_instance);
   engine.Initialize(key, keyLength);
@@ -72,9 +78,7 @@ void Cypher::Write(unsigned char* in, unsigned length, unsigned char* key, unsig
 
 void Cypher::Read(unsigned char* in, unsigned length, unsigned char* key, unsigned keyLength,
                   unsigned char* out) {
-  QV_ASSERT(keyLength > 0);
-  QV_ASSERT(key);
-  QV_ASSERT(length == 0 || (in && out));
+  CheckArguments(in, length, key, keyLength, out);
   CBlowFish& engine = *Instance().m_pBlowFish;
   InstanceScope scope(s_instance);
   engine.Initialize(key, keyLength);
