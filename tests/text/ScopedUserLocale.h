@@ -37,10 +37,8 @@ class ScopedUserLocale {
   std::optional<std::string> m_Previous;
 };
 
-inline constexpr const char* kGermanLocale = "de_DE.UTF-8";
-inline constexpr const char* kGermanMissing =
-    "locale de_DE.UTF-8 is not installed (generate it with: localedef -i de_DE -f UTF-8 "
-    "de_DE.UTF-8)";
+inline constexpr auto kGermanLocale = "de_DE.UTF-8";
+inline constexpr auto kGermanMissing = "no de_DE.UTF-8 (localedef -i de_DE -f UTF-8 de_DE.UTF-8)";
 
 }  // namespace qvsysbase::testing_support
 
