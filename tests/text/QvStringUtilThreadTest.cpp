@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <latch>
 #include <locale>
 #include <string>
 #include <thread>
@@ -15,30 +16,25 @@ namespace {
 // replaced while others convert: all of it from threads started together.
 TEST(StringUtilThreadTest, FirstCallsAndSettingChangesMayRace) {
   constexpr int kThreads = 4;
-  const std::locale loc = std::locale::classic();
-  std::atomic<int> ready{0};
+  const std::string plain("plain"), upper("PLAIN");
+  std::latch start(kThreads);
   std::atomic<int> failures{0};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      ready.fetch_add(1);
-      while (ready.load() < kThreads) {
-      }
-      for (int i = 0; i < 50; ++i) {
-        if (!QvStringUtil::CaseInsensitiveEquality(
-                std::string("Abc"), std::string("aBC"), -1, loc) ||
-            !QvStringUtil::CaseInsensitiveEquality(
-                std::wstring(L"Abc"), std::wstring(L"aBC"), -1, loc)) {
-          failures.fetch_add(1);
+  {
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < kThreads; ++t)
+      threads.emplace_back([&, t] {
+        start.arrive_and_wait();
+        for (int i = 0; i < 50; ++i) {
+          std::wstring wide, wideUpper;
+          QvStringUtil::ConvertStringToWString(plain, wide);
+          QvStringUtil::ConvertStringToWString(upper, wideUpper);
+          if (!QvStringUtil::CaseInsensitiveEquality(plain, upper, -1, std::locale::classic()) ||
+              !QvStringUtil::CaseInsensitiveEquality(wide, wideUpper, -1, std::locale::classic()))
+            failures.fetch_add(1);
+          if (t == 0) QvStringUtil::SettingChanged();
         }
-        std::wstring wide;
-        QvStringUtil::ConvertStringToWString("plain", wide);
-        if (wide != L"plain") failures.fetch_add(1);
-        if (t == 0) QvStringUtil::SettingChanged();
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
+      });
+  }  // the threads join here
   EXPECT_EQ(failures.load(), 0);
 }
 

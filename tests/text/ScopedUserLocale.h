@@ -3,10 +3,10 @@
 #ifndef QVSYSBASE_TESTS_TEXT_SCOPEDUSERLOCALE_H_
 #define QVSYSBASE_TESTS_TEXT_SCOPEDUSERLOCALE_H_
 
+#include <locale.h>
+
 #include <cstdlib>
-#include <locale>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 #include "qvsysbase/QvStringUtil.h"
@@ -14,12 +14,9 @@
 namespace qvsysbase::testing_support {
 
 inline bool IsLocaleInstalled(const char* name) {
-  try {
-    std::locale probe(name);
-    return true;
-  } catch (const std::runtime_error&) {
-    return false;
-  }
+  const locale_t probe = ::newlocale(LC_ALL_MASK, name, locale_t{});
+  if (probe != locale_t{}) ::freelocale(probe);
+  return probe != locale_t{};
 }
 
 class ScopedUserLocale {
@@ -30,11 +27,7 @@ class ScopedUserLocale {
     QvStringUtil::SettingChanged();
   }
   ~ScopedUserLocale() {
-    if (m_Previous) {
-      ::setenv("LC_ALL", m_Previous->c_str(), 1);
-    } else {
-      ::unsetenv("LC_ALL");
-    }
+    m_Previous ? ::setenv("LC_ALL", m_Previous->c_str(), 1) : ::unsetenv("LC_ALL");
     QvStringUtil::SettingChanged();
   }
   ScopedUserLocale(const ScopedUserLocale&) = delete;
@@ -44,10 +37,8 @@ class ScopedUserLocale {
   std::optional<std::string> m_Previous;
 };
 
-inline constexpr const char* kGermanLocale = "de_DE.UTF-8";
-inline constexpr const char* kGermanMissing =
-    "locale de_DE.UTF-8 is not installed (generate it with: localedef -i de_DE -f UTF-8 "
-    "de_DE.UTF-8)";
+inline constexpr auto kGermanLocale = "de_DE.UTF-8";
+inline constexpr auto kGermanMissing = "no de_DE.UTF-8 (localedef -i de_DE -f UTF-8 de_DE.UTF-8)";
 
 }  // namespace qvsysbase::testing_support
 
