@@ -1,5 +1,6 @@
 #include "RegressionProblem.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -68,6 +69,12 @@ void ParseLine(std::string_view line, RegressionProblem& problem) {
 }
 
 }  // namespace
+
+std::string ParameterName(std::size_t j) {
+  char name[24];
+  std::snprintf(name, sizeof name, "B%zu", j);
+  return name;
+}
 
 RegressionProblem ParseNistCsv(std::string_view name, std::string_view text) {
   RegressionProblem problem;

@@ -29,6 +29,9 @@ struct RegressionProblem {
 // Throws std::domain_error on malformed text.
 RegressionProblem ParseNistCsv(std::string_view name, std::string_view text);
 
+// "B0" for the intercept, "Bj" for the coefficient of xj.
+std::string ParameterName(std::size_t j);
+
 // The Longley dataset embedded in the program.
 RegressionProblem LoadLongley();
 

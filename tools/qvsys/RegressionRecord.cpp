@@ -26,8 +26,7 @@ RegressionRecord::RegressionRecord(const RegressionProblem& problem, const Regre
       m_dResidualSd(fit.residualSd),
       m_dRSquared(fit.rSquared) {
   for (std::size_t j = 0; j < fit.coefficients.size(); ++j) {
-    const std::string name = j == 0 ? "B0" : "B" + std::to_string(j);
-    m_vecParameters.emplace_back(name, fit.coefficients[j], fit.standardErrors[j]);
+    m_vecParameters.emplace_back(ParameterName(j), fit.coefficients[j], fit.standardErrors[j]);
   }
 }
 

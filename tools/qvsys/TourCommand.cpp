@@ -41,14 +41,12 @@ double PrintComparison(const RegressionProblem& problem, const RegressionFit& fi
   std::printf("\n  %-4s %24s %24s %6s\n", "", "estimate", "certified", "digits");
   std::printf("  coefficients\n");
   for (std::size_t j = 0; j < fit.coefficients.size(); ++j) {
-    const std::string name = "B" + std::to_string(j);
-    fewest = std::min(fewest, PrintRow(name.c_str(), fit.coefficients[j],
+    fewest = std::min(fewest, PrintRow(ParameterName(j).c_str(), fit.coefficients[j],
                                        problem.certifiedCoefficients[j]));
   }
   std::printf("  standard errors\n");
   for (std::size_t j = 0; j < fit.standardErrors.size(); ++j) {
-    const std::string name = "B" + std::to_string(j);
-    fewest = std::min(fewest, PrintRow(name.c_str(), fit.standardErrors[j],
+    fewest = std::min(fewest, PrintRow(ParameterName(j).c_str(), fit.standardErrors[j],
                                        problem.certifiedStandardErrors[j]));
   }
   std::printf("  residual standard deviation\n");
