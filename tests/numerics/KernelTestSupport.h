@@ -13,24 +13,20 @@ namespace qvsysbase::testing_support {
 // Installs the set of `mode` whatever the current state: a call with the
 // current mode would leave the table as it is, so another mode goes first.
 inline void Select(IntelSPLHandler::SplMode mode, int threads = 1) {
-  const auto other = mode == IntelSPLHandler::SplModeMKL ? IntelSPLHandler::SplModePlain
-                                                         : IntelSPLHandler::SplModeMKL;
-  IntelSPLHandler::setIntelSPLMode(other, threads);
-  IntelSPLHandler::setIntelSPLMode(mode, threads);
+  using H = IntelSPLHandler;
+  H::setIntelSPLMode(mode == H::SplModeMKL ? H::SplModePlain : H::SplModeMKL, threads);
+  H::setIntelSPLMode(mode, threads);
 }
 
 // Collects what the kernels report while alive.
 class ReportCapture {
  public:
-  ReportCapture() : m_Guard(&Record) { Reports().clear(); }
-  const std::vector<std::string>& reports() const { return Reports(); }
+  ReportCapture() : m_Guard(&Record) { s_reports.clear(); }
+  const std::vector<std::string>& reports() const { return s_reports; }
 
  private:
-  static std::vector<std::string>& Reports() {
-    static std::vector<std::string> reports;
-    return reports;
-  }
-  static void Record(const std::string& message) { Reports().push_back(message); }
+  static void Record(const std::string& message) { s_reports.push_back(message); }
+  static inline std::vector<std::string> s_reports;
   ScopedKernelErrorReport m_Guard;
 };
 

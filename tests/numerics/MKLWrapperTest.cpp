@@ -2,7 +2,6 @@
 
 #include <climits>
 #include <cstdint>
-#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -40,60 +39,35 @@ std::set<std::string> NullSlots() {
   return names;
 }
 
-std::set<std::string> AllSlots() {
-  return {
-#define QV_NAME(slot) #slot,
-      QV_FOR_EACH_SLOT(QV_NAME)
-#undef QV_NAME
-  };
-}
-
-// The state the library-load step left, captured before any test runs.
-struct LoadState {
-  std::set<std::string> nullSlots;
-  H::SplMode mode = H::SplModeMKL;
-  bool active = true;
-  unsigned threads = 0;
-  bool memAllocExercised = true;
-};
-LoadState g_loadState;
-
-class LoadStateCapture : public ::testing::Environment {
- public:
+// The state the library-load step left, checked before any test runs.
+class LoadStateCheck : public ::testing::Environment {
   void SetUp() override {
-    g_loadState = {NullSlots(),
-                   H::getIntelSPLMode(),
-                   H::isIntelSPLActive(),
-                   H::getCurrentThreads(),
-                   H::isMemAllocExercised()};
+    EXPECT_EQ(NullSlots().size(), 45u);
+    EXPECT_EQ(H::getIntelSPLMode(), H::SplModePlain);
+    EXPECT_EQ(H::getCurrentThreads(), 1u);
+    EXPECT_FALSE(H::isMemAllocExercised());
   }
 };
-[[maybe_unused]] const auto* const g_capture =
-    ::testing::AddGlobalTestEnvironment(new LoadStateCapture);
-
-TEST(KernelDispatchLoadTest, TableIsEmptyAfterTheLoadStep) {
-  EXPECT_EQ(AllSlots().size(), 45u);
-  EXPECT_EQ(g_loadState.nullSlots, AllSlots());
-  EXPECT_EQ(g_loadState.mode, H::SplModePlain);
-  EXPECT_FALSE(g_loadState.active);
-  EXPECT_EQ(g_loadState.threads, 1u);
-  EXPECT_FALSE(g_loadState.memAllocExercised);
-}
+[[maybe_unused]] const auto* const g_loadStateCheck =
+    ::testing::AddGlobalTestEnvironment(new LoadStateCheck);
 
 // Fakes the processor count and records the thread counts handed to BLAS.
 class KernelDispatchTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    s_processors = 4;
-    s_counterCalls = 0;
-    s_applied.clear();
-    m_previousCounter = detail::SetProcessorCounter(&FakeCounter);
-    m_previousApplier = detail::SetThreadApplier(&RecordThreads);
+    SetProcessors(4);
+    detail::SetThreadApplier(&RecordThreads);
   }
   void TearDown() override {
     Select(H::SplModePlain);
-    detail::SetProcessorCounter(m_previousCounter);
-    detail::SetThreadApplier(m_previousApplier);
+    detail::SetProcessorCounter(nullptr);  // the real ones again
+    detail::SetThreadApplier(nullptr);
+  }
+  // Installing a counter forgets the cached count.
+  static void SetProcessors(unsigned processors) {
+    s_processors = processors;
+    s_counterCalls = 0;
+    detail::SetProcessorCounter(&FakeCounter);
   }
   static unsigned FakeCounter() {
     ++s_counterCalls;
@@ -104,31 +78,22 @@ class KernelDispatchTest : public ::testing::Test {
   static inline unsigned s_processors = 4;
   static inline int s_counterCalls = 0;
   static inline std::vector<int> s_applied;
-
- private:
-  detail::ProcessorCountFn m_previousCounter = nullptr;
-  detail::ThreadApplyFn m_previousApplier = nullptr;
 };
 
-TEST_F(KernelDispatchTest, ProcessorCountIsAskedOnceAndIsAtLeastOne) {
-  s_processors = 0;
-  detail::SetProcessorCounter(&FakeCounter);  // forgets the cached count
-  EXPECT_EQ(H::getMaxThreads(), 1u);
-  EXPECT_EQ(H::getMaxThreads(), 1u);
-  EXPECT_EQ(s_counterCalls, 1);
-}
-
-TEST_F(KernelDispatchTest, DefaultThreadsAreHalfTheProcessors) {
+TEST_F(KernelDispatchTest, ProcessorsAreCountedOnceAtLeastOneAndHalvedForTheDefault) {
   const struct {
-    unsigned processors, expected;
-  } rows[] = {{1, 1}, {2, 1}, {3, 1}, {4, 2}, {7, 3}, {8, 4}, {32, 16}};
+    unsigned processors, max, defaults;
+  } rows[] = {{0, 1, 1}, {1, 1, 1}, {2, 2, 1}, {3, 3, 1}, {4, 4, 2}, {7, 7, 3}, {32, 32, 16}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.processors);
-    s_processors = row.processors;
-    detail::SetProcessorCounter(&FakeCounter);
-    EXPECT_EQ(H::getDefaultThreads(), row.expected);
+    SetProcessors(row.processors);
+    EXPECT_EQ(H::getMaxThreads(), row.max);
+    EXPECT_EQ(H::getDefaultThreads(), row.defaults);
+    EXPECT_EQ(s_counterCalls, 1);
   }
 }
+
+double Sentinel(double x) { return x; }
 
 TEST_F(KernelDispatchTest, ThreadCountsAreStoredAlwaysAndAppliedOnlyInModeOneClamped) {
   const struct {
@@ -150,115 +115,72 @@ TEST_F(KernelDispatchTest, ThreadCountsAreStoredAlwaysAndAppliedOnlyInModeOneCla
     H::setIntelSPLMode(static_cast<H::SplMode>(row.mode), row.threads);
     EXPECT_EQ(s_applied, row.applied);
     EXPECT_EQ(H::getCurrentThreads(), static_cast<unsigned>(row.threads));
-    EXPECT_EQ(H::isIntelSPLActive(), row.mode == 1);
   }
-  EXPECT_NE(H::ERF, nullptr);
-}
-
-double Sentinel(double x) { return x; }
-
-TEST_F(KernelDispatchTest, TheCurrentModeOnlyChangesTheThreadCount) {
-  for (const H::SplMode mode : {H::SplModePlain, H::SplModeMKL}) {
-    SCOPED_TRACE(mode);
-    Select(mode);
-    H::ERF = &Sentinel;
-    H::setIntelSPLMode(mode, 3);
-    EXPECT_EQ(H::ERF, &Sentinel);
-    EXPECT_EQ(H::getCurrentThreads(), 3u);
-  }
+  // The current mode again changes the count only: the table is not reinstalled.
+  H::ERF = &Sentinel;
+  H::setIntelSPLMode(H::SplModeMKL, 3);
+  EXPECT_EQ(H::ERF, &Sentinel);
+  EXPECT_EQ(H::getCurrentThreads(), 3u);
 }
 
 TEST_F(KernelDispatchTest, EachSetLeavesItsOwnSlotsNull) {
-  const std::set<std::string> laterSlots = {"InitRandGen",
-                                            "InitRandGenWithSeed",
-                                            "nspdbRandGaus",
-                                            "InitRandUniformGen",
-                                            "nspiRandUniformBits",
-                                            "nspTROptimise"};
-  std::set<std::string> plainNull = laterSlots;
-  plainNull.insert({"ERF",
-                    "PhiInverse",
-                    "LnGamma",
-                    "nspCholDcInplace",
-                    "nspCholInverseInplace",
-                    "nspInverseTriangularInplace",
-                    "nspSolveLinEquatTriangular",
-                    "nspSolveLinEquatSymmetr",
-                    "nspProductTrMatrTranspByTrMatrInplace",
-                    "nspMatrixMultiply"});
+  // clang-format off
+  const std::set<std::string> laterSlots = {
+      "InitRandGen", "InitRandGenWithSeed", "nspdbRandGaus", "InitRandUniformGen",
+      "nspiRandUniformBits", "nspTROptimise"};
+  const std::set<std::string> plainNull = {
+      "InitRandGen", "InitRandGenWithSeed", "nspdbRandGaus", "InitRandUniformGen",
+      "nspiRandUniformBits", "nspTROptimise", "ERF", "PhiInverse", "LnGamma",
+      "nspCholDcInplace", "nspCholInverseInplace", "nspInverseTriangularInplace",
+      "nspSolveLinEquatTriangular", "nspSolveLinEquatSymmetr",
+      "nspProductTrMatrTranspByTrMatrInplace", "nspMatrixMultiply"};
+  // clang-format on
   EXPECT_EQ(plainNull.size(), 16u);
-
   const struct {
     int mode;
-    bool active;
     const std::set<std::string>& nulls;
-  } rows[] = {
-      {1, true, laterSlots}, {0, false, plainNull}, {7, false, plainNull}, {-1, false, plainNull}};
+  } rows[] = {{1, laterSlots}, {0, plainNull}, {7, plainNull}, {-1, plainNull}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.mode);
     Select(static_cast<H::SplMode>(row.mode));
     EXPECT_EQ(H::getIntelSPLMode(), row.mode);
-    EXPECT_EQ(H::isIntelSPLActive(), row.active);
     EXPECT_EQ(NullSlots(), row.nulls);
   }
-  Select(H::SplModeMKL);
-  EXPECT_EQ(detail::GetVectorMathMode(), 0x1002);
-}
-
-TEST_F(KernelDispatchTest, AllocationMarksTheFlagInEitherSetAndForever) {
-  Select(H::SplModePlain);
-  H::nspFree(H::nspiMalloc(3));
-  EXPECT_TRUE(H::isMemAllocExercised());
-  Select(H::SplModeMKL);
-  EXPECT_TRUE(H::isMemAllocExercised());
 }
 
 TEST(CeilNspdbSizeTest, RoundsUpToWholeCacheLines) {
+  // clang-format off
   const struct {
     int n, expected;
-  } rows[] = {{0, 0},
-              {1, 8},
-              {7, 8},
-              {8, 8},
-              {9, 16},
-              {16, 16},
-              {1001, 1008},
-              {-1, 0},
-              {-9, -8},
-              {INT_MAX - 7, INT_MAX - 7}};
+  } rows[] = {{0, 0},   {1, 8},   {7, 8},   {8, 8},       {9, 16},
+              {16, 16}, {-1, 0},  {-9, -8}, {1001, 1008}, {INT_MAX - 7, INT_MAX - 7}};
+  // clang-format on
   for (const auto& row : rows) {
     SCOPED_TRACE(row.n);
     EXPECT_EQ(H::CeilNspdbSize(row.n), row.expected);
   }
 }
 
-class KernelSetTest : public ::testing::TestWithParam<H::SplMode> {
- protected:
-  void SetUp() override { Select(GetParam()); }
-};
-
-TEST_P(KernelSetTest, ZeroedBufferFillsWholeCacheLines) {
-  for (const int n : {1, 8, 9, 130}) {
-    SCOPED_TRACE(n);
-    double* buffer = H::AllocateZeroedBuffer(n);
-    const int size = H::CeilNspdbSize(n);
-    for (int i = 0; i < size; ++i) EXPECT_EQ(buffer[i], 0.0) << i;
-    if (H::isIntelSPLActive()) {
-      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer) % 64, 0u);
+TEST(KernelBufferTest, ZeroedBuffersFillWholeCacheLinesAndFastOnesAreAligned) {
+  for (const H::SplMode mode : {H::SplModePlain, H::SplModeMKL}) {
+    Select(mode);
+    for (const int n : {1, 8, 9, 13, 130}) {
+      SCOPED_TRACE(::testing::Message() << "mode " << mode << ", n " << n);
+      double* buffer = H::AllocateZeroedBuffer(n);
+      for (int i = 0; i < H::CeilNspdbSize(n); ++i) EXPECT_EQ(buffer[i], 0.0) << i;
+      if (H::isIntelSPLActive()) {
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer) % 64, 0u);
+      }
+      H::nspFree(buffer);
     }
-    H::nspFree(buffer);
   }
+  // Marked by the allocations above and kept across a change of set.
+  Select(H::SplModePlain);
+  EXPECT_TRUE(H::isMemAllocExercised());
 }
 
-TEST_P(KernelSetTest, AllocationOfNothingAndOfANegativeCount) {
-  H::nspFree(H::nspdMalloc(0));
-  H::nspFree(H::nspiMalloc(0));
-  EXPECT_THROW(H::nspdMalloc(-1), std::bad_alloc);
-  EXPECT_THROW(H::nspiMalloc(-8), std::bad_alloc);
-}
-
-TEST_P(KernelSetTest, ZeroedBufferNeedsTheAllocationSlots) {
-  const auto saved = H::nspdMalloc;
+TEST(KernelBufferTest, ZeroedBufferNeedsTheAllocationSlots) {
+  Select(H::SplModeMKL);
   H::nspdMalloc = nullptr;
   try {
     H::AllocateZeroedBuffer(4);
@@ -267,25 +189,7 @@ TEST_P(KernelSetTest, ZeroedBufferNeedsTheAllocationSlots) {
     EXPECT_EQ(e.getMessage(), "nspdMalloc && nspdbZero");
     EXPECT_EQ(e.getFile(), "MKLWrapper");
   }
-  H::nspdMalloc = saved;
-}
-
-INSTANTIATE_TEST_SUITE_P(BothSets, KernelSetTest,
-                         ::testing::Values(H::SplModePlain, H::SplModeMKL));
-
-TEST(KernelAlignmentTest, FastBuffersAre64ByteAligned) {
-  Select(H::SplModeMKL);
-  for (const int n : {1, 3, 8, 13, 1000}) {
-    SCOPED_TRACE(n);
-    double* d = H::nspdMalloc(n);
-    int* i = H::nspiMalloc(n);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(d) % 64, 0u);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(i) % 64, 0u);
-    d[n - 1] = 1.0;  // the whole count is usable (AddressSanitizer checks)
-    i[n - 1] = 1;
-    H::nspFree(d);
-    H::nspFree(i);
-  }
+  Select(H::SplModePlain);
 }
 
 }  // namespace
