@@ -35,3 +35,17 @@ function(qv_add_thread_test_suite subsystem)
   gtest_discover_tests(${target} DISCOVERY_TIMEOUT 60 PROPERTIES LABELS "${subsystem}-threads")
   add_dependencies(qvsysbase_thread_tests ${target})
 endfunction()
+
+# qv_add_fuzz_replay(<subsystem> <name> <fuzz source> <corpus>): a fuzz target's
+# entry point linked with the replay main and run over a committed seed corpus
+# (fuzz/corpus/<corpus>/), so the seeds stay valid inputs in every ordinary build.
+function(qv_add_fuzz_replay subsystem name source corpus)
+  set(target qvsysbase_${name}_replay)
+  add_executable(${target} ${PROJECT_SOURCE_DIR}/fuzz/${source} ${PROJECT_SOURCE_DIR}/fuzz/ReplayMain.cpp)
+  target_link_libraries(${target} PRIVATE qvsysbase_objects)
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/fuzz)
+  qv_target_warnings(${target})
+  file(GLOB seeds CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/fuzz/corpus/${corpus}/*)
+  add_test(NAME ${subsystem}.${name}CorpusReplay COMMAND ${target} ${seeds})
+  set_tests_properties(${subsystem}.${name}CorpusReplay PROPERTIES LABELS ${subsystem})
+endfunction()
