@@ -256,8 +256,9 @@ bool LoadStreamImpl::ReadClassHeader(StreamObjectProt& object, std::int32_t& maj
   if (!ReadFrame(&marker, 1) || marker != fmt::kOpenMarker) return false;
   std::uint32_t length = 0;
   if (!ReadFrameU32(length) || length == 0 || length >= fmt::kMaxClassNameSize) return false;
-  char name[fmt::kMaxClassNameSize + 1] = {};
+  char name[fmt::kMaxClassNameSize + 1];  // terminated below, for ProcessInvalidClassName
   if (!ReadFrame(name, length)) return false;
+  name[length] = '\0';
   if (object.getClassName() != std::string_view(name, length)) {
     bool accept = false;
     object.ProcessInvalidClassName(name, accept);

@@ -227,19 +227,24 @@ inline std::size_t Utf16Length(const wchar_t* s, std::size_t n) {
 // Appends n little-endian UTF-16 units to s, joining surrogate pairs back; a
 // lone surrogate is kept as it stands.
 inline void AppendFromUtf16LE(const unsigned char* bytes, std::size_t n, std::wstring& s) {
-  s.reserve(s.size() + n);
+  // n units make at most n characters: write through a pointer, then trim to
+  // what the surrogate pairs left.
+  const std::size_t start = s.size();
+  s.resize(start + n);
+  wchar_t* out = s.data() + start;
   for (std::size_t i = 0; i < n; ++i) {
     const std::uint32_t u = DecodeLE<std::uint16_t>(bytes + 2 * i);
     if (u >= 0xD800 && u < 0xDC00 && i + 1 < n) {
       const std::uint32_t low = DecodeLE<std::uint16_t>(bytes + 2 * (i + 1));
       if (low >= 0xDC00 && low < 0xE000) {
-        s.push_back(static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00)));
+        *out++ = static_cast<wchar_t>(0x10000 + ((u - 0xD800) << 10) + (low - 0xDC00));
         ++i;
         continue;
       }
     }
-    s.push_back(static_cast<wchar_t>(u));
+    *out++ = static_cast<wchar_t>(u);
   }
+  s.resize(static_cast<std::size_t>(out - s.data()));
 }
 
 }  // namespace qvsysbase::streamformat

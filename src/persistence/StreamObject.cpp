@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <typeindex>
 #include <typeinfo>
+#include <unordered_map>
 
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/SaveStream.h"
@@ -23,6 +25,16 @@ std::string Demangle(const char* mangled) {
   std::unique_ptr<char, decltype(&std::free)> name(
       abi::__cxa_demangle(mangled, nullptr, nullptr, &status), &std::free);
   return status == 0 && name ? std::string(name.get()) : std::string(mangled);
+}
+
+// Every record written or read asks its object for the class name, and
+// demangling costs about a microsecond, so each thread keeps the names of the
+// types it has met. Thread-local: streams of different threads need no lock.
+const std::string& ClassNameOf(const std::type_info& type) {
+  thread_local std::unordered_map<std::type_index, std::string> names;
+  auto it = names.find(type);
+  if (it == names.end()) it = names.emplace(type, Demangle(type.name())).first;
+  return it->second;
 }
 
 }  // namespace
@@ -55,7 +67,7 @@ void StreamObject::ProcessInvalidClassName(const char* name, bool& accept) const
   }
 }
 
-std::string StreamObject::getClassName() const { return Demangle(typeid(*this).name()); }
+std::string StreamObject::getClassName() const { return ClassNameOf(typeid(*this)); }
 
 bool StreamObject::ReadFromString(const std::string& s) {
   if (s.empty()) return false;
