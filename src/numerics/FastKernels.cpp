@@ -96,39 +96,15 @@ void dbSub3(const double* a, const double* b, double* dst, int n) {
   for (int i = 0; i < n; ++i) dst[i] = a[i] - b[i];
 }
 
-// sqrt of a value below zero (-0.0 is not) is a domain error. An in-place
-// result no longer shows which arguments were negative, so each chunk is
-// checked before its square roots are taken: a vectorised OR of the sign bits
-// says whether any argument may be negative, and only then are the negatives
-// counted one by one. The chunk (4 KiB) is still in L1 when the roots read it.
-constexpr int kSqrtCheckChunk = 512;
+// sqrt: the vector-width units check each vector's arguments before its roots
+// are taken (an in-place result no longer shows which were negative); the
+// width is chosen when the set is installed.
+using SqrtFn = void (*)(const double* src, double* dst, int n);
+void SqrtScalar(const double* src, double* dst, int n);
+constinit SqrtFn g_sqrt = &SqrtScalar;
 
-bool AnySignBitSet(const double* x, int n) {
-  std::uint64_t bits = 0;
-  for (int i = 0; i < n; ++i) bits |= std::bit_cast<std::uint64_t>(x[i]);
-  return (bits >> 63) != 0;
-}
-
-int CountNegatives(const double* x, int n) {
-  int negatives = 0;
-  for (int i = 0; i < n; ++i) negatives += x[i] < 0.0 ? 1 : 0;
-  return negatives;
-}
-
-void SqrtLoop(const double* src, double* dst, int n) {
-  for (int i = 0; i < n; ++i) dst[i] = std::sqrt(src[i]);
-}
-
-void SqrtChecked(const double* src, double* dst, int n) {
-  for (int start = 0; start < n; start += kSqrtCheckChunk) {
-    const int len = std::min(kSqrtCheckChunk, n - start);
-    const int negatives = AnySignBitSet(src + start, len) ? CountNegatives(src + start, len) : 0;
-    SqrtLoop(src + start, dst + start, len);
-    for (int k = 0; k < negatives; ++k) RaiseVectorMathStatus(kVmlDomainError, kSqrtName);
-  }
-}
-void dbSqrt1(double* vec, int n) { SqrtChecked(vec, vec, n); }
-void dbSqrt2(const double* src, double* dst, int n) { SqrtChecked(src, dst, n); }
+void dbSqrt1(double* vec, int n) { g_sqrt(vec, vec, n); }
+void dbSqrt2(const double* src, double* dst, int n) { g_sqrt(src, dst, n); }
 
 // ---- exp and log -------------------------------------------------------------
 // One element at a time, for processors without AVX.
@@ -146,20 +122,28 @@ void LnInPlaceScalar(double* vec, int n) {
     if (x <= 0.0) CheckLnLanes(&x, 1);
   }
 }
+void SqrtScalar(const double* src, double* dst, int n) {
+  for (int i = 0; i < n; ++i) {
+    const double x = src[i];
+    dst[i] = std::sqrt(x);
+    if (x < 0.0) CheckSqrtLanes(&x, 1);
+  }
+}
 
 using InPlaceFn = void (*)(double* vec, int n);
-struct ExpLnPair {
+struct VectorMathSet {
   InPlaceFn exp;
   InPlaceFn ln;
+  SqrtFn sqrt;
 };
 
-ExpLnPair ChooseExpLn() {
+VectorMathSet ChooseVectorMath() {
 #if defined(QV_HAVE_X86_VECTOR_MATH)
   __builtin_cpu_init();
-  if (__builtin_cpu_supports("avx512f")) return {&ExpInPlaceAvx512, &LnInPlaceAvx512};
-  if (__builtin_cpu_supports("avx")) return {&ExpInPlaceAvx, &LnInPlaceAvx};
+  if (__builtin_cpu_supports("avx512f")) return {&ExpInPlaceAvx512, &LnInPlaceAvx512, &SqrtAvx512};
+  if (__builtin_cpu_supports("avx")) return {&ExpInPlaceAvx, &LnInPlaceAvx, &SqrtAvx};
 #endif
-  return {&ExpInPlaceScalar, &LnInPlaceScalar};
+  return {&ExpInPlaceScalar, &LnInPlaceScalar, &SqrtScalar};
 }
 
 // ---- Scalar functions --------------------------------------------------------
@@ -211,6 +195,12 @@ void CheckExpLanes(const double* x, const double* y, int lanes) {
   }
 }
 
+void CheckSqrtLanes(const double* x, int lanes) {
+  for (int k = 0; k < lanes; ++k) {
+    if (x[k] < 0.0) RaiseVectorMathStatus(kVmlDomainError, kSqrtName);
+  }
+}
+
 void CheckLnLanes(const double* x, int lanes) {
   for (int k = 0; k < lanes; ++k) {
     if (x[k] < 0.0) RaiseVectorMathStatus(kVmlDomainError, kLnName);
@@ -220,7 +210,8 @@ void CheckLnLanes(const double* x, int lanes) {
 
 void InstallFastKernels() {
   using H = IntelSPLHandler;
-  const ExpLnPair expLn = ChooseExpLn();
+  const VectorMathSet vectorMath = ChooseVectorMath();
+  g_sqrt = vectorMath.sqrt;
   H::nspdMalloc = &dMalloc;
   H::nspiMalloc = &iMalloc;
   H::nspFree = &Free;
@@ -245,8 +236,8 @@ void InstallFastKernels() {
   H::nspdbSub1 = &plain::dbSub1;
   H::nspdbSub2 = &dbSub2;
   H::nspdbSub3 = &dbSub3;
-  H::nspdbExp1 = expLn.exp;
-  H::nspdbLn1 = expLn.ln;
+  H::nspdbExp1 = vectorMath.exp;
+  H::nspdbLn1 = vectorMath.ln;
   H::ERF = &Erf;
   H::PhiInverse = &PhiInverse;
   H::LnGamma = &LnGamma;

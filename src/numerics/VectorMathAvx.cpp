@@ -1,4 +1,4 @@
-// exp and log 4 doubles wide through SLEEF's 256-bit functions (1-ulp
+// exp, log and square root 4 doubles wide through SLEEF's 256-bit functions (1-ulp
 // accuracy), whose dispatcher picks the AVX2+FMA or the plain AVX code at run
 // time. Compiled with -mavx: called only after the processor was seen to
 // support it. Keep this unit free of shared inline code (standard library
@@ -46,9 +46,24 @@ struct Ln {
   static void Check(const double* x, const double*, int lanes) { CheckLnLanes(x, lanes); }
 };
 
+// Negative arguments (-inf included) are domain errors; -0.0 and NaN compare
+// false and pass.
+struct Sqrt {
+  static __m256d Compute(__m256d x) { return _mm256_sqrt_pd(x); }
+  static unsigned FlagArguments(__m256d x) {
+    return static_cast<unsigned>(
+        _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_setzero_pd(), _CMP_LT_OQ)));
+  }
+  static unsigned FlagResults(__m256d) { return 0; }
+  static void Check(const double* x, const double*, int lanes) { CheckSqrtLanes(x, lanes); }
+};
+
 }  // namespace
 
-void ExpInPlaceAvx(double* vec, int n) { ApplyChecked<Avx, Exp>(vec, n); }
-void LnInPlaceAvx(double* vec, int n) { ApplyChecked<Avx, Ln>(vec, n); }
+void ExpInPlaceAvx(double* vec, int n) { ApplyChecked<Avx, Exp>(vec, vec, n); }
+void LnInPlaceAvx(double* vec, int n) { ApplyChecked<Avx, Ln>(vec, vec, n); }
+void SqrtAvx(const double* src, double* dst, int n) {
+  ApplyChecked<Avx, Sqrt>(src, dst, n);
+}
 
 }  // namespace qvsysbase::detail

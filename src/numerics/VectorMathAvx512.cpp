@@ -1,4 +1,4 @@
-// exp and log 8 doubles wide through SLEEF's AVX-512 functions (1-ulp
+// exp, log and square root 8 doubles wide through SLEEF's AVX-512 functions (1-ulp
 // accuracy). Compiled with -mavx512f: called only after the processor was seen
 // to support it. Keep this unit free of shared inline code (standard library
 // templates included), so that nothing compiled for AVX-512 is merged into
@@ -43,9 +43,25 @@ struct Ln {
   static void Check(const double* x, const double*, int lanes) { CheckLnLanes(x, lanes); }
 };
 
+// Negative arguments (-inf included) are domain errors; -0.0 and NaN compare
+// false and pass.
+struct Sqrt {
+  // The masked form with every lane set is the plain square root; GCC 12's
+  // unmasked intrinsic trips its own -Wmaybe-uninitialized.
+  static __m512d Compute(__m512d x) { return _mm512_mask_sqrt_pd(x, 0xFF, x); }
+  static unsigned FlagArguments(__m512d x) {
+    return _mm512_cmp_pd_mask(x, _mm512_setzero_pd(), _CMP_LT_OQ);
+  }
+  static unsigned FlagResults(__m512d) { return 0; }
+  static void Check(const double* x, const double*, int lanes) { CheckSqrtLanes(x, lanes); }
+};
+
 }  // namespace
 
-void ExpInPlaceAvx512(double* vec, int n) { ApplyChecked<Avx512, Exp>(vec, n); }
-void LnInPlaceAvx512(double* vec, int n) { ApplyChecked<Avx512, Ln>(vec, n); }
+void ExpInPlaceAvx512(double* vec, int n) { ApplyChecked<Avx512, Exp>(vec, vec, n); }
+void LnInPlaceAvx512(double* vec, int n) { ApplyChecked<Avx512, Ln>(vec, vec, n); }
+void SqrtAvx512(const double* src, double* dst, int n) {
+  ApplyChecked<Avx512, Sqrt>(src, dst, n);
+}
 
 }  // namespace qvsysbase::detail

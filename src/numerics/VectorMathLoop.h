@@ -18,37 +18,39 @@
 namespace qvsysbase::detail {
 
 template <class Isa, class Op>
-inline void ComputeAndCheck(double* p) {
-  const typename Isa::Vec x = Isa::Load(p);
+inline void ComputeAndCheck(const double* src, double* dst) {
+  const typename Isa::Vec x = Isa::Load(src);
   const unsigned flaggedArguments = Op::FlagArguments(x);
   const typename Isa::Vec y = Op::Compute(x);
   if ((flaggedArguments | Op::FlagResults(y)) != 0) [[unlikely]] {
-    // p still holds the arguments: check them against the results, then store.
+    // src still holds the arguments (also in place): check them against the
+    // results, then store.
     alignas(64) double ys[Isa::kWidth];
     Isa::Store(ys, y);
-    Op::Check(p, ys, Isa::kWidth);
+    Op::Check(src, ys, Isa::kWidth);
   }
-  Isa::Store(p, y);
+  Isa::Store(dst, y);
 }
 
-// In place over n doubles. The last partial vector is computed in a local copy
-// padded with 1.0, whose exp and log raise no status.
+// Over n doubles from src to dst, which may be the same array. The last
+// partial vector is computed in a local copy padded with 1.0, whose exp, log
+// and square root raise no status.
 template <class Isa, class Op>
-void ApplyChecked(double* vec, int n) {
+void ApplyChecked(const double* src, double* dst, int n) {
   constexpr int kWidth = Isa::kWidth;
   int i = 0;
-  for (; i + kWidth <= n; i += kWidth) ComputeAndCheck<Isa, Op>(vec + i);
+  for (; i + kWidth <= n; i += kWidth) ComputeAndCheck<Isa, Op>(src + i, dst + i);
   const int rest = n - i;
   if (rest <= 0) return;
   alignas(64) double tail[kWidth];
-  for (int k = 0; k < kWidth; ++k) tail[k] = k < rest ? vec[i + k] : 1.0;
+  for (int k = 0; k < kWidth; ++k) tail[k] = k < rest ? src[i + k] : 1.0;
   const typename Isa::Vec y = Op::Compute(Isa::Load(tail));
   alignas(64) double results[kWidth];
   Isa::Store(results, y);
   if ((Op::FlagArguments(Isa::Load(tail)) | Op::FlagResults(y)) != 0) {
     Op::Check(tail, results, rest);
   }
-  for (int k = 0; k < rest; ++k) vec[i + k] = results[k];
+  for (int k = 0; k < rest; ++k) dst[i + k] = results[k];
 }
 
 }  // namespace qvsysbase::detail

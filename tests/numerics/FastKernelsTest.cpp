@@ -186,6 +186,28 @@ TEST(VectorMathStatusTest, OnlyLogDomainErrorsAreReported) {
   }
 }
 
+// A negative argument of sqrt is reported once, in or out of place, in full
+// vectors and in the tail; -0.0 and NaN are not errors.
+TEST(VectorMathStatusTest, SqrtReportsEachNegativeArgument) {
+  Select(H::SplModeMKL);
+  std::vector<std::pair<const char*, void (*)(const double*, double*, int)>> impls = {
+      {"installed", [](const double* s, double* d, int n) { H::nspdbSqrt2(s, d, n); }}};
+  if (__builtin_cpu_supports("avx512f")) impls.emplace_back("avx512", &detail::SqrtAvx512);
+  if (__builtin_cpu_supports("avx")) impls.emplace_back("avx", &detail::SqrtAvx);
+  for (const auto& [name, sqrt] : impls) {
+    SCOPED_TRACE(name);
+    ReportCapture capture;
+    Vec v = {4.0, -1.0, -0.0, kNaN, 9.0, 1.0, 1.0, 1.0, 16.0, 2.25, -kInf};
+    Vec out(v.size());
+    sqrt(v.data(), out.data(), 11);
+    sqrt(v.data(), v.data(), 11);
+    const Vec expected = {2.0, kNaN, -0.0, kNaN, 3.0, 1, 1, 1, 4.0, 1.5, kNaN};
+    EXPECT_THAT(out, Pointwise(WithinUlps(0), expected));
+    EXPECT_THAT(v, Pointwise(WithinUlps(0), expected));
+    EXPECT_EQ(capture.reports(), std::vector<std::string>(4, "vdSqrt"));
+  }
+}
+
 // ---- Scalar functions --------------------------------------------------------
 
 TEST(ScalarFunctionTest, AgreeWithTheRunTimeLibrary) {
