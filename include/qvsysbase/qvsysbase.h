@@ -21,7 +21,7 @@
 #include "qvsysbase/RefCounterProt.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/SenderReceiver.h"
-#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamStructure.h"
 #include "qvsysbase/StreamObject.h"
 
 #endif  // QVSYSBASE_QVSYSBASE_H_

@@ -1,5 +1,5 @@
 // The byte format of persistent streams, shared by the writer (SaveStream), the
-// reader (LoadStream) and the inspector (StreamInspector).
+// reader (LoadStream) and the inspector (StreamStructure).
 //
 // These bytes are a promise to every document ever saved: values that reach the
 // disk are never renumbered, and a retired value stays reserved with a note.

@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "Commands.h"
-#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamStructure.h"
 
 namespace qvsys {
 
@@ -19,8 +19,8 @@ int RunDump(const Arguments& args) {
     std::cerr << "qvsys dump: cannot read " << args[0] << '\n';
     return 1;
   }
-  const qvsysbase::StreamInspection inspection = qvsysbase::InspectStream(bytes);
-  qvsysbase::PrintStreamInspection(std::cout, inspection);
+  const qvsysbase::StreamStructure inspection = qvsysbase::ReadStreamStructure(bytes);
+  qvsysbase::PrintStreamStructure(std::cout, inspection);
   return inspection.consistent ? 0 : 1;
 }
 

@@ -4,14 +4,14 @@
 
 #include "StreamFuzzObjects.h"
 #include "persistence/StreamTestSupport.h"
-#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamStructure.h"
 
 namespace qvtest {
 namespace {
 
 // A stream is consistent unless an error is printed, and framed when its
 // records are listed.
-TEST(StreamInspectorTest, PrintsTheRecordTreeOrWhyThereIsNone) {
+TEST(StreamStructureTest, PrintsTheRecordTreeOrWhyThereIsNone) {
   const struct {
     std::string bytes, printed;
   } rows[] = {
@@ -29,16 +29,16 @@ TEST(StreamInspectorTest, PrintsTheRecordTreeOrWhyThereIsNone) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.printed);
-    const StreamInspection result = InspectStream(row.bytes);
+    const StreamStructure result = ReadStreamStructure(row.bytes);
     EXPECT_EQ(result.consistent, row.printed.find("error at") == std::string::npos);
     EXPECT_EQ(result.framed, row.printed.find("record at") != std::string::npos);
     std::ostringstream printed;
-    PrintStreamInspection(printed, result);
+    PrintStreamStructure(printed, result);
     EXPECT_EQ(printed.str(), row.printed);
   }
 }
 
-TEST(StreamInspectorTest, ReportsTheFirstInconsistency) {
+TEST(StreamStructureTest, ReportsTheFirstInconsistency) {
   const std::string valid = qvfuzz::SaveDocument(STREAM_VER_SAVE_CURRENT, 1);  // 166 bytes
   const struct {
     const char* what;
@@ -58,7 +58,7 @@ TEST(StreamInspectorTest, ReportsTheFirstInconsistency) {
     SCOPED_TRACE(row.what);
     std::string bytes = valid;
     row.damage(bytes);
-    const StreamInspection result = InspectStream(bytes);
+    const StreamStructure result = ReadStreamStructure(bytes);
     EXPECT_FALSE(result.consistent);
     EXPECT_EQ(result.errorOffset, row.offset);
     EXPECT_EQ(result.error, row.message);

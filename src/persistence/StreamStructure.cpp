@@ -1,5 +1,5 @@
 // Walks the record frames of a stream; the format is described in StreamFormat.h.
-#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamStructure.h"
 
 #include <cstring>
 #include <optional>
@@ -112,7 +112,7 @@ class FrameWalker {
   const std::string& m_bytes;
 };
 
-void ReadHeader(const std::string& bytes, StreamInspection& result) {
+void ReadHeader(const std::string& bytes, StreamStructure& result) {
   // The reader decides the form; its exception marks a rejected header.
   LoadStream in;
   try {
@@ -132,8 +132,8 @@ void ReadHeader(const std::string& bytes, StreamInspection& result) {
 
 }  // namespace
 
-StreamInspection InspectStream(const std::string& bytes) {
-  StreamInspection result;
+StreamStructure ReadStreamStructure(const std::string& bytes) {
+  StreamStructure result;
   ReadHeader(bytes, result);
   if (!result.consistent || result.streamVersion != ORVEL_93) return result;
   result.framed = true;
@@ -153,7 +153,7 @@ StreamInspection InspectStream(const std::string& bytes) {
   return result;
 }
 
-void PrintStreamInspection(std::ostream& os, const StreamInspection& inspection) {
+void PrintStreamStructure(std::ostream& os, const StreamStructure& inspection) {
   os << "header: " << inspection.form;
   if (inspection.streamVersion != ORVEL_REJECTED) {
     os << " (stream version " << inspection.streamVersion << "), major " << inspection.major

@@ -7,16 +7,16 @@
 #include <sstream>
 #include <string>
 
-#include "qvsysbase/StreamInspector.h"
+#include "qvsysbase/StreamStructure.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string bytes(reinterpret_cast<const char*>(data), size);
-  const qvsysbase::StreamInspection inspection = qvsysbase::InspectStream(bytes);
+  const qvsysbase::StreamStructure inspection = qvsysbase::ReadStreamStructure(bytes);
   for (const qvsysbase::StreamRecordInfo& record : inspection.records) {
     // Every record found lies inside the bytes it was found in.
     if (record.endOffset > size || record.offset >= record.endOffset) __builtin_trap();
   }
   std::ostringstream text;
-  qvsysbase::PrintStreamInspection(text, inspection);
+  qvsysbase::PrintStreamStructure(text, inspection);
   return 0;
 }

@@ -12,8 +12,8 @@
 // inspection stops after their header.
 //
 // Thread-safe: the functions keep no state.
-#ifndef QVSYSBASE_STREAMINSPECTOR_H_
-#define QVSYSBASE_STREAMINSPECTOR_H_
+#ifndef QVSYSBASE_STREAMSTRUCTURE_H_
+#define QVSYSBASE_STREAMSTRUCTURE_H_
 
 #include <cstdint>
 #include <ostream>
@@ -34,7 +34,7 @@ struct StreamRecordInfo {
   int depth = 0;                // 0 for top-level records
 };
 
-struct StreamInspection {
+struct StreamStructure {
   int streamVersion = 3;  // as LoadStream::GetStreamVersion() reports it (3: rejected)
   std::string form;       // "O93", "ORV", "legacy", "oldest" or "unknown"
   unsigned major = 0;
@@ -47,12 +47,12 @@ struct StreamInspection {
 };
 
 // Inspects the bytes of a whole stream.
-QVSYSBASE_API StreamInspection InspectStream(const std::string& bytes);
+QVSYSBASE_API StreamStructure ReadStreamStructure(const std::string& bytes);
 
 // Writes the header line, one line per record (indented by depth) and, when the
 // stream is inconsistent, "error at offset N: ..." as the last line.
-QVSYSBASE_API void PrintStreamInspection(std::ostream& os, const StreamInspection& inspection);
+QVSYSBASE_API void PrintStreamStructure(std::ostream& os, const StreamStructure& inspection);
 
 }  // namespace qvsysbase
 
-#endif  // QVSYSBASE_STREAMINSPECTOR_H_
+#endif  // QVSYSBASE_STREAMSTRUCTURE_H_
