@@ -208,17 +208,19 @@ void CheckLnLanes(const double* x, int lanes) {
   }
 }
 
+// The fast set is the plain set with the slots it replaces: the slots that
+// keep the plain routine in both sets (set, 16-bit zero and copy, int to
+// double, add and subtract a constant, mean, standard deviation) and the ones
+// no kernel fills yet (random streams, optimiser) come from the plain set.
 void InstallFastKernels() {
   using H = IntelSPLHandler;
+  InstallPlainKernels();
   const VectorMathSet vectorMath = ChooseVectorMath();
   g_sqrt = vectorMath.sqrt;
   H::nspdMalloc = &dMalloc;
   H::nspiMalloc = &iMalloc;
   H::nspFree = &Free;
-  H::nspdbSet = &plain::dbSet;
   H::nspdbZero = &dbZero;
-  H::nspwbZero = &plain::wbZero;
-  H::nspdbIntToFloat = &plain::dbIntToFloat;
   H::nspdbAbs1 = &dbAbs1;
   H::nspdbAbs2 = &dbAbs2;
   H::nspdDotProd = &dDotProd;
@@ -226,14 +228,11 @@ void InstallFastKernels() {
   H::nspdbSqrt1 = &dbSqrt1;
   H::nspdbSqrt2 = &dbSqrt2;
   H::nspdbCopy = &dbCopy;
-  H::nspwbCopy = &plain::wbCopy;
   H::nspdbMpy1 = &dbMpy1;
   H::nspdbMpy2 = &dbMpy2;
   H::nspdbMpy3 = &dbMpy3;
-  H::nspdbAdd1 = &plain::dbAdd1;
   H::nspdbAdd2 = &dbAdd2;
   H::nspdbAddScaledVector = &dbAddScaledVector;
-  H::nspdbSub1 = &plain::dbSub1;
   H::nspdbSub2 = &dbSub2;
   H::nspdbSub3 = &dbSub3;
   H::nspdbExp1 = vectorMath.exp;
@@ -242,14 +241,6 @@ void InstallFastKernels() {
   H::PhiInverse = &PhiInverse;
   H::LnGamma = &LnGamma;
   H::nspSortVector = &mklSortVector;
-  H::nspdMean = &plain::dMean;
-  H::nspdStdDev = &plain::dStdDev;
-  // The random streams and the trust-region solver have no kernels yet.
-  H::InitRandGen = nullptr;
-  H::InitRandGenWithSeed = nullptr;
-  H::nspdbRandGaus = nullptr;
-  H::InitRandUniformGen = nullptr;
-  H::nspiRandUniformBits = nullptr;
   H::nspCholDcInplace = &mklCholDcInplace;
   H::nspCholInverseInplace = &mklCholInverseInplace;
   H::nspInverseTriangularInplace = &mklInverseTriangularInplace;
@@ -257,7 +248,6 @@ void InstallFastKernels() {
   H::nspSolveLinEquatSymmetr = &mklSolveLinEquatSymmetr;
   H::nspProductTrMatrTranspByTrMatrInplace = &mklProductTrMatrTranspByTrMatrInplace;
   H::nspMatrixMultiply = &mklMatrixMultiply;
-  H::nspTROptimise = nullptr;
 }
 
 }  // namespace qvsysbase::detail
