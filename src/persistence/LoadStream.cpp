@@ -25,7 +25,6 @@ namespace {
 
 namespace fmt = streamformat;
 
-constexpr const char* kOpenExisting = "Can't open existing stream";
 constexpr const char* kNotFound = "stream wasn't found...";
 constexpr const char* kNonOrvel = "non ORVEL stream";
 
@@ -360,7 +359,7 @@ LoadStream::LoadStream() : m_pImpl(new LoadStreamImpl(this)) {}
 LoadStream::~LoadStream() { delete m_pImpl; }
 
 void LoadStream::InitFileStream(const char* path) {
-  if (m_pImpl->HoldsStream()) throw std::logic_error(kOpenExisting);
+  if (m_pImpl->HoldsStream()) throw std::logic_error(fmt::kOpenExisting);
   std::ifstream file;
   if (path != nullptr) file.open(path, std::ios::binary);
   InputStream* in = nullptr;
@@ -382,7 +381,7 @@ void LoadStream::InitFileStream(const wchar_t* path) {
   InitFileStream(NarrowPath(path).c_str());
 }
 void LoadStream::InitMemStream(const std::string& data) {
-  if (m_pImpl->HoldsStream()) throw std::logic_error(kOpenExisting);
+  if (m_pImpl->HoldsStream()) throw std::logic_error(fmt::kOpenExisting);
   m_pImpl->Open(MEDIUM_MEMORY, new InputStream{data});
 }
 void LoadStream::CloseStream() { m_pImpl->Close(); }

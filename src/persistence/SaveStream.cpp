@@ -26,7 +26,6 @@ namespace {
 
 namespace fmt = streamformat;
 
-constexpr const char* kOpenExisting = "Can't open existing stream";
 constexpr const char* kFileCreationFailed = "stream creation has failed...";
 constexpr const char* kMemCreationFailed = "stream creation was failed...";
 constexpr const char* kBufferNotFound = "The stream buffer wasn't found";
@@ -128,7 +127,7 @@ class SaveStreamImpl {
   SaveStreamImpl& operator=(const SaveStreamImpl&) = delete;
 
   void OpenFile(const char* path, STREAM_VER_SAVE ver) {
-    if (m_pOut != nullptr) throw std::logic_error(kOpenExisting);
+    if (m_pOut != nullptr) throw std::logic_error(fmt::kOpenExisting);
     // Checked before anything is created: a closed stream must stay closed,
     // and its file untouched.
     QV_ASSERT(m_StreamVer == UNDEFINED);
@@ -144,7 +143,7 @@ class SaveStreamImpl {
   }
 
   void OpenMemory(STREAM_VER_SAVE ver) {
-    if (m_pOut != nullptr) throw std::logic_error(kOpenExisting);
+    if (m_pOut != nullptr) throw std::logic_error(fmt::kOpenExisting);
     // Checked before anything is created: a closed stream must stay closed,
     // and its file untouched.
     QV_ASSERT(m_StreamVer == UNDEFINED);

@@ -76,6 +76,9 @@
 
 namespace qvsysbase::streamformat {
 
+// Reader and writer refuse a second open with the same text.
+inline constexpr const char* kOpenExisting = "Can't open existing stream";
+
 inline constexpr std::size_t kHeaderSize = 5;
 inline constexpr char kTagOrv[3] = {'O', 'R', 'V'};
 inline constexpr char kTagO93[3] = {'O', '9', '3'};
