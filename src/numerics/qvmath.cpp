@@ -15,11 +15,13 @@ const double qvEPSILON = 0.0;
 
 namespace {
 
-// The scaling factors. 0.1 is the double nearest to it, promoted into the
-// extended-precision product: one decimal step down is a multiplication by that
-// constant, not a division by ten.
-constexpr double kTen = 10.0;
-constexpr double kTenth = 0.1;
+// The scaling factors, in extended precision: one decimal step down is a
+// multiplication by the long double nearest to 0.1, not a division by ten. The
+// double 0.1 is too coarse for that: its relative error of 5.6e-17 survives
+// the steps, so 0.12 scaled down twice would miss the double nearest to 0.0012
+// by one unit.
+constexpr long double kTen = 10.0L;
+constexpr long double kTenth = 0.1L;
 
 // Above this many digits a double has nothing left to round.
 constexpr unsigned kMaxRoundDigits = 20;

@@ -20,13 +20,17 @@ TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
       {2.5, 0, 3.0},  {-2.5, 0, -2.0},  // half upward, not away from zero
       {1.235, 2, 1.24},                  // 1.235 is stored slightly above, and rounds up
       {0.1, 2, 0.1},                     // 0.1 itself is not a small value
-      {-0.001234, 2, -0.0012},  {0.0, 3, 0.0},  {1.234567, 20, 1.234567},  {kInf, 2, kInf},
+      {0.0, 3, 0.0},  {1.234567, 20, 1.234567},  {kInf, 2, kInf},
       {1e-12, 1, 0.0},  // small values are scaled up ten steps at most: to 0.01 only
+      // Small values keep significant digits; scaled back down in extended
+      // precision they land on the double nearest to the decimal result.
+      {0.001234, 2, 0.0012},  {-0.001234, 2, -0.0012},  {0.00987, 2, 0.0099},
+      {0.000555, 2, 0.00056},  {0.0314159, 3, 0.0314},  {0.0314159, 4, 0.03142},
       // clang-format on
   };
   for (const auto& [x, digits, expected] : atDecimals) {
     SCOPED_TRACE(testing::Message() << x << " at " << digits << " decimals");
-    EXPECT_DOUBLE_EQ(qvmath::QvRound(x, digits), expected);
+    EXPECT_EQ(qvmath::QvRound(x, digits), expected);
   }
   EXPECT_EQ(qvmath::QvRound(1.0 / 3.0, 21), 1.0 / 3.0);  // above 20 digits: untouched, bit for bit
   EXPECT_TRUE(std::isnan(qvmath::QvRound(std::nan(""), 2)));
@@ -34,6 +38,7 @@ TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
   const std::tuple<double, unsigned, double, unsigned> atDigits[] = {
       // clang-format off
       {1234.5678, 3, 1230.0, 0},  {0.012345, 3, 0.0123, 3},  {9.96, 2, 10.0, 2},
+      {-0.012345, 3, -0.0123, 3},  {0.00987654, 2, 0.0099, 2},  {0.000123456, 4, 0.0001235, 4},
       {12.345, 3, 12.3, 2},  // digits - e + 1 for 0 < e < digits
       {0.0, 4, 0.0, 4},  {5.5, 21, 5.5, 21},  {kInf, 3, kInf, 3},
       // clang-format on
@@ -41,9 +46,9 @@ TEST(qvmathTest, RoundingAtDecimalsAndAtSignificantDigits) {
   for (const auto& [x, digits, expected, expectedDecimals] : atDigits) {
     SCOPED_TRACE(testing::Message() << x << " to " << digits << " digits");
     unsigned decimals = 99;
-    EXPECT_DOUBLE_EQ(qvmath::QvRound2(x, digits, &decimals), expected);
+    EXPECT_EQ(qvmath::QvRound2(x, digits, &decimals), expected);
     EXPECT_EQ(decimals, expectedDecimals);
-    EXPECT_DOUBLE_EQ(qvmath::QvRound2(x, digits, nullptr), expected);
+    EXPECT_EQ(qvmath::QvRound2(x, digits, nullptr), expected);
   }
 }
 
