@@ -68,9 +68,17 @@ void dbZero(double* dst, int n) {
 // ---- BLAS ------------------------------------------------------------------
 double dDotProd(const double* a, const double* b, int n) { return cblas_ddot(n, a, 1, b, 1); }
 void dbCopy(const double* src, double* dst, int n) { cblas_dcopy(n, src, 1, dst, 1); }
-void dbMpy1(double val, double* dst, int n) { cblas_dscal(n, val, dst, 1); }
+// dscal and daxpy take a zero factor as a shortcut: dscal fills with zeros and
+// daxpy returns at once, so a NaN or an infinity would become 0 or stay where
+// IEEE arithmetic makes a NaN, and -0.0 would keep its sign. A zero factor
+// therefore takes the loop, which computes what the slot says.
+void dbMpy1(double val, double* dst, int n) {
+  if (val != 0.0) return cblas_dscal(n, val, dst, 1);
+  for (int i = 0; i < n; ++i) dst[i] *= val;
+}
 void dbAddScaledVector(const double* src, double scale, double* dst, int n) {
-  cblas_daxpy(n, scale, src, 1, dst, 1);
+  if (scale != 0.0) return cblas_daxpy(n, scale, src, 1, dst, 1);
+  for (int i = 0; i < n; ++i) dst[i] += src[i] * scale;
 }
 
 // ---- Vectorised loops --------------------------------------------------------

@@ -9,6 +9,7 @@
 #include <new>
 #include <numeric>
 
+#include "KernelArguments.h"
 #include "MKLWrapper.h"
 #include "qvsysbase/IntelSPLHandler.h"
 
@@ -47,6 +48,7 @@ double dDotProd(const double* a, const double* b, int n) {
 // One dot product per row.
 void MatrixMultiplyByVector(const double* A, int rows, int cols, int lda, const double* x,
                             double* y) {
+  CheckMatrixByVectorArguments(rows, cols, lda);
   for (std::size_t r = 0; r < Len(rows); ++r) {
     const double* row = A + r * static_cast<std::size_t>(lda);
     y[r] = std::inner_product(row, row + Len(cols), x, 0.0);
@@ -93,12 +95,13 @@ void dbLn1(double* vec, int n) {
   std::transform(vec, vec + Len(n), vec, [](double x) { return std::log(x); });
 }
 
-// Ascending. Not-a-number values go last: the plain "<" is not an ordering once
-// a NaN is present, and the standard sort may then run past the array's end.
+// Ascending, NaNs last. The plain "<" is no ordering once a NaN is present (the
+// standard sort may then run past the array's end), so the NaNs are moved
+// behind the numbers first and only the numbers are sorted.
 void SortVector(double* vec, int n) {
-  std::sort(vec, vec + Len(n), [](double a, double b) {
-    return a < b || (!std::isnan(a) && std::isnan(b));
-  });
+  double* const numbersEnd =
+      std::partition(vec, vec + Len(n), [](double x) { return !std::isnan(x); });
+  std::sort(vec, numbersEnd);
 }
 
 }  // namespace

@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <iterator>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -56,46 +60,79 @@ struct SlotResult {
   Vec result;
 };
 
-// Every elementwise slot on operands of length n, in whichever set is installed.
-std::vector<SlotResult> ElementwiseResults(int n) {
-  const Vec a = Operand(n, 3.0, 0.5), b = Operand(n, -2.0, 0.25), pos = Operand(n, 4.0, 5.0);
-  const Vec large = Operand(n, 16000.0, 0.0);
-  const std::vector<short> shorts(large.begin(), large.end());
-  const std::vector<int> ints(large.begin(), large.end());
+// The operands of every elementwise slot, all of length n, and the scalar
+// argument of the slots that take one.
+struct Operands {
+  int n;
+  Vec a, b, pos, expArg, lnArg, large;
+  double scalar;
+};
+
+// n values spanning signs and scales.
+Operands Ordinary(int n) {
+  return {n,
+          Operand(n, 3.0, 0.5),
+          Operand(n, -2.0, 0.25),
+          Operand(n, 4.0, 5.0),
+          Operand(n, 300.0, 0.0),
+          Operand(n, 0.99, 1.0),
+          Operand(n, 16000.0, 0.0),
+          -1.5};
+}
+
+// Every elementwise slot, in whichever set is installed.
+std::vector<SlotResult> ElementwiseResults(const Operands& op) {
+  const int n = op.n;
+  const Vec &a = op.a, &b = op.b;
+  const std::vector<short> shorts(op.large.begin(), op.large.end());
+  const std::vector<int> ints(op.large.begin(), op.large.end());
   // fn(inputs..., destination, n) on a copy of `dst`, returned as doubles.
   auto run = [n](auto dst, auto fn, const auto&... inputs) {
     fn(In(inputs)..., dst.data(), n);
     return Vec(dst.begin(), dst.end());
   };
-  auto addScaled = [](const double* s, double* d, int k) { H::nspdbAddScaledVector(s, 0.3, d, k); };
-  // a as a (n / 4) x 3 matrix with row stride 4, times the start of b.
+  const double scalar = op.scalar;
+  auto addScaled = [scalar](const double* s, double* d, int k) {
+    H::nspdbAddScaledVector(s, scalar, d, k);
+  };
+  // a as a (n / 4) x 3 matrix with row stride 4, times the start of b; and a
+  // as one column times the scalar.
   auto matrixByVector = [n](const double* A, const double* x, double* y, int) {
     H::nspMatrixMultiplyByVector(A, n / 4, 3, 4, x, y);
   };
+  auto columnByScalar = [scalar](const double* A, double* y, int k) {
+    H::nspMatrixMultiplyByVector(A, k, 1, 1, &scalar, y);
+  };
+  // One product at a time, so that a NaN in one pair does not hide the others.
+  auto pairDots = [](const double* x, const double* y, double* d, int k) {
+    for (int i = 0; i < k; ++i) d[i] = H::nspdDotProd(x + i, y + i, 1);
+  };
   return {
-      {"nspdbSet", 0, run(a, H::nspdbSet, 2.5)},
+      {"nspdbSet", 0, run(a, H::nspdbSet, scalar)},
       {"nspdbZero", 0, run(a, H::nspdbZero)},
       {"nspwbZero", 0, run(shorts, H::nspwbZero)},
       {"nspdbIntToFloat", 0, run(Vec(n), H::nspdbIntToFloat, ints)},
       {"nspdbAbs1", 0, run(a, H::nspdbAbs1)},
       {"nspdbAbs2", 0, run(b, H::nspdbAbs2, a)},
       {"nspdDotProd", 4.0 * n, {H::nspdDotProd(a.data(), b.data(), n)}},
+      {"nspdDotProd pairs", 0, run(Vec(n), pairDots, a, b)},
       {"nspMatrixMultiplyByVector", 4, run(Vec(n / 4), matrixByVector, a, b)},
-      {"nspdbSqrt1", 0, run(pos, H::nspdbSqrt1)},
-      {"nspdbSqrt2", 0, run(b, H::nspdbSqrt2, pos)},
+      {"nspMatrixMultiplyByVector column", 0, run(Vec(n), columnByScalar, a)},
+      {"nspdbSqrt1", 0, run(op.pos, H::nspdbSqrt1)},
+      {"nspdbSqrt2", 0, run(b, H::nspdbSqrt2, op.pos)},
       {"nspdbCopy", 0, run(b, H::nspdbCopy, a)},
       {"nspwbCopy", 0, run(std::vector<short>(n), H::nspwbCopy, shorts)},
-      {"nspdbMpy1", 0, run(a, H::nspdbMpy1, -1.5)},
+      {"nspdbMpy1", 0, run(a, H::nspdbMpy1, scalar)},
       {"nspdbMpy2", 0, run(b, H::nspdbMpy2, a)},
       {"nspdbMpy3", 0, run(Vec(n), H::nspdbMpy3, a, b)},
-      {"nspdbAdd1", 0, run(a, H::nspdbAdd1, 0.75)},
+      {"nspdbAdd1", 0, run(a, H::nspdbAdd1, scalar)},
       {"nspdbAdd2", 0, run(b, H::nspdbAdd2, a)},
       {"nspdbAddScaledVector", 1, run(b, addScaled, a)},
-      {"nspdbSub1", 0, run(a, H::nspdbSub1, 0.75)},
+      {"nspdbSub1", 0, run(a, H::nspdbSub1, scalar)},
       {"nspdbSub2", 0, run(b, H::nspdbSub2, a)},
       {"nspdbSub3", 0, run(Vec(n), H::nspdbSub3, a, b)},
-      {"nspdbExp1", 2, run(Operand(n, 300.0, 0.0), H::nspdbExp1)},
-      {"nspdbLn1", 2, run(Operand(n, 0.99, 1.0), H::nspdbLn1)},
+      {"nspdbExp1", 2, run(op.expArg, H::nspdbExp1)},
+      {"nspdbLn1", 2, run(op.lnArg, H::nspdbLn1)},
       {"nspSortVector", 0, run(a, H::nspSortVector)},
       {"nspdMean", 0, {H::nspdMean(a.data(), n)}},
       {"nspdStdDev", 0, {H::nspdStdDev(a.data(), n)}},
@@ -106,12 +143,83 @@ std::vector<SlotResult> ElementwiseResults(int n) {
 TEST(FastKernelsTest, EveryElementwiseSlotAgreesWithThePlainSet) {
   for (const int n : {3, 37}) {
     Select(H::SplModePlain);
-    const std::vector<SlotResult> oracle = ElementwiseResults(n);
+    const std::vector<SlotResult> oracle = ElementwiseResults(Ordinary(n));
     Select(H::SplModeMKL);
-    const std::vector<SlotResult> fast = ElementwiseResults(n);
+    const std::vector<SlotResult> fast = ElementwiseResults(Ordinary(n));
     for (std::size_t r = 0; r < fast.size(); ++r) {
       SCOPED_TRACE(::testing::Message() << fast[r].name << ", n " << n);
       EXPECT_THAT(fast[r].result, Pointwise(WithinUlps(fast[r].ulps), oracle[r].result));
+    }
+  }
+}
+
+// The same value bit for bit, any NaN matching any NaN; or, where the order of
+// equal elements is free (the sort), equal as numbers.
+MATCHER_P(SameIeeeValue, zeroSignFree, "") {
+  const auto [a, e] = arg;
+  if (std::isnan(a) || std::isnan(e)) return std::isnan(a) && std::isnan(e);
+  return zeroSignFree ? a == e : std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(e);
+}
+
+// Every pair of the special values, a[i] and b[i] running through all of them;
+// exp and log get the arguments whose results are exact, so that the two sets
+// must agree bit for bit. Every product of two of these values is exact, so a
+// fused multiply-add inside BLAS rounds as the plain loop does.
+Operands Specials(double scalar) {
+  const Vec special = {kNaN, -kNaN, kInf, -kInf, -0.0, 0.0, 1.0, -1.5, 0.25};
+  const Vec expExact = {kNaN, -kNaN, kInf, -kInf, -0.0, 0.0, -800.0};
+  const Vec lnExact = {kNaN, -kNaN, kInf, -kInf, -0.0, 0.0, 1.0, -1.5};
+  const std::size_t size = special.size();
+  Operands op{int(size * size), {}, {}, {}, {}, {}, Operand(int(size * size), 100.0, 0.0), scalar};
+  for (std::size_t i = 0; i < size * size; ++i) {
+    op.a.push_back(special[i / size]);
+    op.b.push_back(special[i % size]);
+    op.expArg.push_back(expExact[i % expExact.size()]);
+    op.lnArg.push_back(lnExact[i % lnExact.size()]);
+  }
+  op.pos = op.b;
+  return op;
+}
+
+// NaN, infinities and signed zeros come out of both sets as IEEE arithmetic
+// gives them: no shortcut of the kernel library may drop a NaN or a sign.
+TEST(FastKernelsTest, SpecialValuesAgreeBitForBitWithThePlainSet) {
+  for (const double scalar : {0.0, -0.0, 1.0, -1.5, kNaN, kInf, -kInf}) {
+    ReportCapture capture;  // the fast log reports its domain errors
+    Select(H::SplModePlain);
+    const std::vector<SlotResult> oracle = ElementwiseResults(Specials(scalar));
+    Select(H::SplModeMKL);
+    const std::vector<SlotResult> fast = ElementwiseResults(Specials(scalar));
+    for (std::size_t r = 0; r < fast.size(); ++r) {
+      SCOPED_TRACE(::testing::Message() << fast[r].name << ", scalar " << scalar);
+      const bool zeroSignFree = std::string(fast[r].name) == "nspSortVector";
+      EXPECT_THAT(fast[r].result, Pointwise(SameIeeeValue(zeroSignFree), oracle[r].result));
+    }
+  }
+}
+
+// Ascending with every NaN last, in both sets; a NaN in the input never breaks
+// the order of the numbers (the plain "<" is no ordering once NaN is present).
+TEST(FastKernelsTest, SortPutsEveryNaNLast) {
+  std::mt19937 random(20261123);  // past 20 elements the sorts switch to quicksort
+  Vec big(1000);
+  for (double& v : big) v = std::uniform_real_distribution<double>(-1e3, 1e3)(random);
+  for (std::size_t i = 0; i < big.size(); i += 7) big[i] = i % 2 ? kNaN : -kNaN;
+  big[3] = kInf, big[5] = -kInf;
+  for (const H::SplMode mode : {H::SplModePlain, H::SplModeMKL}) {
+    Select(mode);
+    for (Vec v : {Vec{3, kNaN, 1, 2, -kInf}, Vec{kNaN}, Vec{kNaN, kNaN, 1}, Vec{}, big}) {
+      SCOPED_TRACE(::testing::Message() << "mode " << mode << ", size " << v.size());
+      Vec numbers;
+      std::copy_if(v.begin(), v.end(), std::back_inserter(numbers), [](double x) {
+        return !std::isnan(x);
+      });
+      std::sort(numbers.begin(), numbers.end());
+      H::nspSortVector(v.data(), static_cast<int>(v.size()));
+      EXPECT_EQ(Vec(v.begin(), v.begin() + numbers.size()), numbers);
+      EXPECT_TRUE(std::all_of(v.begin() + numbers.size(), v.end(), [](double x) {
+        return std::isnan(x);
+      }));
     }
   }
 }
