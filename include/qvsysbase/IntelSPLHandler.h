@@ -19,6 +19,9 @@
 // on the initial state. A host that wants the plain set selects 1 and then 0.
 // Calling a null slot is the caller's error and is not guarded; check
 // isIntelSPLActive() before using a slot that only the kernel-library set fills.
+// Each slot's contract (what it computes, its REQUIRES, the triangle a matrix
+// slot uses, and what each failure throws or reports) stands beside it in
+// qvsysbase/IntelSPLSlots.def.
 //
 // Not yet available: the random-stream slots (InitRandGen .. nspiRandUniformBits)
 // and nspTROptimise are declared with their final types but stay null in both
@@ -79,68 +82,12 @@ class QVSYSBASE_API IntelSPLHandler {
   // REQUIRES: nspdMalloc && nspdbZero
   static double* AllocateZeroedBuffer(int n);
 
-  // ---- The slot table, in its declared order. -----------------------------
-  // Counts are signed 32-bit; "1" means a slot of one operand changed in place.
-  // Buffers come from, and go back to, the allocation slots of the same mode.
-
-  static double* (*nspdMalloc)(int n);
-  static int* (*nspiMalloc)(int n);
-  static void (*nspFree)(void* p);
-  static void (*nspdbSet)(double val, double* dst, int n);
-  static void (*nspdbZero)(double* dst, int n);
-  static void (*nspwbZero)(short* dst, int n);
-  static void (*nspdbIntToFloat)(const int* src, double* dst, int n);
-  static void (*nspdbAbs1)(double* vec, int n);
-  static void (*nspdbAbs2)(const double* src, double* dst, int n);
-  static double (*nspdDotProd)(const double* a, const double* b, int n);
-  // y = A·x; A is rows×cols, row-major with row stride lda.
-  static void (*nspMatrixMultiplyByVector)(const double* A, int rows, int cols, int lda,
-                                           const double* x, double* y);
-  static void (*nspdbSqrt1)(double* vec, int n);
-  static void (*nspdbSqrt2)(const double* src, double* dst, int n);
-  static void (*nspdbCopy)(const double* src, double* dst, int n);
-  static void (*nspwbCopy)(const short* src, short* dst, int n);
-  static void (*nspdbMpy1)(double val, double* dst, int n);         // dst *= val
-  static void (*nspdbMpy2)(const double* src, double* dst, int n);  // dst *= src
-  static void (*nspdbMpy3)(const double* a, const double* b, double* dst, int n);
-  static void (*nspdbAdd1)(double val, double* dst, int n);         // dst += val
-  static void (*nspdbAdd2)(const double* src, double* dst, int n);  // dst += src
-  static void (*nspdbAddScaledVector)(const double* src, double scale, double* dst, int n);
-  static void (*nspdbSub1)(double val, double* dst, int n);                        // dst -= val
-  static void (*nspdbSub2)(const double* src, double* dst, int n);                 // dst -= src
-  static void (*nspdbSub3)(const double* a, const double* b, double* dst, int n);  // a - b
-  static void (*nspdbExp1)(double* vec, int n);
-  static void (*nspdbLn1)(double* vec, int n);
-  static double (*ERF)(double x);
-  static double (*PhiInverse)(double p);
-  static double (*LnGamma)(double x);
-  static void (*nspSortVector)(double* vec, int n);  // ascending
-  static double (*nspdMean)(const double* vec, int n);
-  // Sample (n - 1) standard deviation; one value gives not-a-number.
-  static double (*nspdStdDev)(const double* vec, int n);
-  // Random streams (null in both sets for now); each returns the seed used.
-  static int (*InitRandGen)(bool fixedSeed, unsigned index);
-  static int (*InitRandGenWithSeed)(int seed, unsigned index);
-  static void (*nspdbRandGaus)(double* dst, int n, unsigned index);
-  static int (*InitRandUniformGen)(int seed, bool useClock, unsigned index);
-  static void (*nspiRandUniformBits)(unsigned* dst, int n, unsigned index);
-  // Matrix kernels on row-major arrays (mode 1 only).
-  static bool (*nspCholDcInplace)(double* a, int n, int lda, int* info);
-  static bool (*nspCholInverseInplace)(double* a, int n, int lda);
-  static void (*nspInverseTriangularInplace)(double* a, int n, int lda);
-  static void (*nspSolveLinEquatTriangular)(const double* a, int n, int lda, double* b, int nrhs,
-                                            int ldb);
-  static void (*nspSolveLinEquatSymmetr)(const double* a, int n, int lda, double* b, int nrhs,
-                                         int ldb);
-  static void (*nspProductTrMatrTranspByTrMatrInplace)(double* a, int n, int lda);
-  // C = A·Bᵀ; A is m×k, B is n×k, C is m×n.
-  static void (*nspMatrixMultiply)(const double* A, int m, int k, int lda, const double* B, int n,
-                                   int ldb, double* C, int ldc);
-  // Trust-region least squares, optionally bounded (null in both sets for now).
-  static bool (*nspTROptimise)(int n, double* x, const double* pLowBound, const double* pUpperBound,
-                               int m, TRResidualFn fcn, void* userData, int maxIter,
-                               int maxTrialIter, const double* eps, double jacEps, double rs,
-                               int* iter, int* stopCriterion, double* r1, double* r2);
+  // ---- The slot table -------------------------------------------------------
+  // The 45 slots, read and called as data members, are declared from the list
+  // in qvsysbase/IntelSPLSlots.def, which gives each one's contract.
+#define QVSYSBASE_SPL_SLOT(result, name, parameters) static result(*name) parameters;
+#include "qvsysbase/IntelSPLSlots.def"
+#undef QVSYSBASE_SPL_SLOT
 };
 
 }  // namespace qvsysbase

@@ -24,7 +24,6 @@
 #include "MatrixKernels.h"
 #include "PlainKernels.h"
 #include "VectorMath.h"
-#include "qvsysbase/IntelSPLHandler.h"
 
 namespace qvsysbase::detail {
 namespace {
@@ -220,42 +219,42 @@ void CheckLnLanes(const double* x, int lanes) {
 // keep the plain routine in both sets (set, 16-bit zero and copy, int to
 // double, add and subtract a constant, mean, standard deviation) and the ones
 // no kernel fills yet (random streams, optimiser) come from the plain set.
-void InstallFastKernels() {
-  using H = IntelSPLHandler;
-  InstallPlainKernels();
+KernelSet FastKernelSet() {
+  KernelSet set = PlainKernelSet();
   const VectorMathSet vectorMath = ChooseVectorMath();
   g_sqrt = vectorMath.sqrt;
-  H::nspdMalloc = &dMalloc;
-  H::nspiMalloc = &iMalloc;
-  H::nspFree = &Free;
-  H::nspdbZero = &dbZero;
-  H::nspdbAbs1 = &dbAbs1;
-  H::nspdbAbs2 = &dbAbs2;
-  H::nspdDotProd = &dDotProd;
-  H::nspMatrixMultiplyByVector = &mklMatrixMultiplyByVector;
-  H::nspdbSqrt1 = &dbSqrt1;
-  H::nspdbSqrt2 = &dbSqrt2;
-  H::nspdbCopy = &dbCopy;
-  H::nspdbMpy1 = &dbMpy1;
-  H::nspdbMpy2 = &dbMpy2;
-  H::nspdbMpy3 = &dbMpy3;
-  H::nspdbAdd2 = &dbAdd2;
-  H::nspdbAddScaledVector = &dbAddScaledVector;
-  H::nspdbSub2 = &dbSub2;
-  H::nspdbSub3 = &dbSub3;
-  H::nspdbExp1 = vectorMath.exp;
-  H::nspdbLn1 = vectorMath.ln;
-  H::ERF = &Erf;
-  H::PhiInverse = &PhiInverse;
-  H::LnGamma = &LnGamma;
-  H::nspSortVector = &mklSortVector;
-  H::nspCholDcInplace = &mklCholDcInplace;
-  H::nspCholInverseInplace = &mklCholInverseInplace;
-  H::nspInverseTriangularInplace = &mklInverseTriangularInplace;
-  H::nspSolveLinEquatTriangular = &mklSolveLinEquatTriangular;
-  H::nspSolveLinEquatSymmetr = &mklSolveLinEquatSymmetr;
-  H::nspProductTrMatrTranspByTrMatrInplace = &mklProductTrMatrTranspByTrMatrInplace;
-  H::nspMatrixMultiply = &mklMatrixMultiply;
+  set.nspdMalloc = &dMalloc;
+  set.nspiMalloc = &iMalloc;
+  set.nspFree = &Free;
+  set.nspdbZero = &dbZero;
+  set.nspdbAbs1 = &dbAbs1;
+  set.nspdbAbs2 = &dbAbs2;
+  set.nspdDotProd = &dDotProd;
+  set.nspMatrixMultiplyByVector = &mklMatrixMultiplyByVector;
+  set.nspdbSqrt1 = &dbSqrt1;
+  set.nspdbSqrt2 = &dbSqrt2;
+  set.nspdbCopy = &dbCopy;
+  set.nspdbMpy1 = &dbMpy1;
+  set.nspdbMpy2 = &dbMpy2;
+  set.nspdbMpy3 = &dbMpy3;
+  set.nspdbAdd2 = &dbAdd2;
+  set.nspdbAddScaledVector = &dbAddScaledVector;
+  set.nspdbSub2 = &dbSub2;
+  set.nspdbSub3 = &dbSub3;
+  set.nspdbExp1 = vectorMath.exp;
+  set.nspdbLn1 = vectorMath.ln;
+  set.ERF = &Erf;
+  set.PhiInverse = &PhiInverse;
+  set.LnGamma = &LnGamma;
+  set.nspSortVector = &mklSortVector;
+  set.nspCholDcInplace = &mklCholDcInplace;
+  set.nspCholInverseInplace = &mklCholInverseInplace;
+  set.nspInverseTriangularInplace = &mklInverseTriangularInplace;
+  set.nspSolveLinEquatTriangular = &mklSolveLinEquatTriangular;
+  set.nspSolveLinEquatSymmetr = &mklSolveLinEquatSymmetr;
+  set.nspProductTrMatrTranspByTrMatrInplace = &mklProductTrMatrTranspByTrMatrInplace;
+  set.nspMatrixMultiply = &mklMatrixMultiply;
+  return set;
 }
 
 }  // namespace qvsysbase::detail

@@ -5,11 +5,13 @@
 #ifndef QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
 #define QVSYSBASE_SRC_NUMERICS_FASTKERNELS_H_
 
+#include "KernelSet.h"
+
 namespace qvsysbase::detail {
 
-// Fills every slot of IntelSPLHandler with the kernel-library set. exp and log
-// get the widest SLEEF functions the processor runs.
-void InstallFastKernels();
+// The kernel-library set. exp, log and sqrt get the widest routines the
+// processor runs, chosen on each call.
+KernelSet FastKernelSet();
 
 }  // namespace qvsysbase::detail
 

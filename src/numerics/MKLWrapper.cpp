@@ -26,57 +26,10 @@ extern "C" void QV_BLAS_SET_NUM_THREADS(int threads);
 namespace qvsysbase {
 
 // ---- The slots: all null until a mode other than the initial one is selected.
-double* (*IntelSPLHandler::nspdMalloc)(int) = nullptr;
-int* (*IntelSPLHandler::nspiMalloc)(int) = nullptr;
-void (*IntelSPLHandler::nspFree)(void*) = nullptr;
-void (*IntelSPLHandler::nspdbSet)(double, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbZero)(double*, int) = nullptr;
-void (*IntelSPLHandler::nspwbZero)(short*, int) = nullptr;
-void (*IntelSPLHandler::nspdbIntToFloat)(const int*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbAbs1)(double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbAbs2)(const double*, double*, int) = nullptr;
-double (*IntelSPLHandler::nspdDotProd)(const double*, const double*, int) = nullptr;
-void (*IntelSPLHandler::nspMatrixMultiplyByVector)(const double*, int, int, int, const double*,
-                                                   double*) = nullptr;
-void (*IntelSPLHandler::nspdbSqrt1)(double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbSqrt2)(const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbCopy)(const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspwbCopy)(const short*, short*, int) = nullptr;
-void (*IntelSPLHandler::nspdbMpy1)(double, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbMpy2)(const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbMpy3)(const double*, const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbAdd1)(double, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbAdd2)(const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbAddScaledVector)(const double*, double, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbSub1)(double, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbSub2)(const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbSub3)(const double*, const double*, double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbExp1)(double*, int) = nullptr;
-void (*IntelSPLHandler::nspdbLn1)(double*, int) = nullptr;
-double (*IntelSPLHandler::ERF)(double) = nullptr;
-double (*IntelSPLHandler::PhiInverse)(double) = nullptr;
-double (*IntelSPLHandler::LnGamma)(double) = nullptr;
-void (*IntelSPLHandler::nspSortVector)(double*, int) = nullptr;
-double (*IntelSPLHandler::nspdMean)(const double*, int) = nullptr;
-double (*IntelSPLHandler::nspdStdDev)(const double*, int) = nullptr;
-int (*IntelSPLHandler::InitRandGen)(bool, unsigned) = nullptr;
-int (*IntelSPLHandler::InitRandGenWithSeed)(int, unsigned) = nullptr;
-void (*IntelSPLHandler::nspdbRandGaus)(double*, int, unsigned) = nullptr;
-int (*IntelSPLHandler::InitRandUniformGen)(int, bool, unsigned) = nullptr;
-void (*IntelSPLHandler::nspiRandUniformBits)(unsigned*, int, unsigned) = nullptr;
-bool (*IntelSPLHandler::nspCholDcInplace)(double*, int, int, int*) = nullptr;
-bool (*IntelSPLHandler::nspCholInverseInplace)(double*, int, int) = nullptr;
-void (*IntelSPLHandler::nspInverseTriangularInplace)(double*, int, int) = nullptr;
-void (*IntelSPLHandler::nspSolveLinEquatTriangular)(const double*, int, int, double*, int,
-                                                    int) = nullptr;
-void (*IntelSPLHandler::nspSolveLinEquatSymmetr)(const double*, int, int, double*, int,
-                                                 int) = nullptr;
-void (*IntelSPLHandler::nspProductTrMatrTranspByTrMatrInplace)(double*, int, int) = nullptr;
-void (*IntelSPLHandler::nspMatrixMultiply)(const double*, int, int, int, const double*, int, int,
-                                           double*, int) = nullptr;
-bool (*IntelSPLHandler::nspTROptimise)(int, double*, const double*, const double*, int,
-                                       TRResidualFn, void*, int, int, const double*, double, double,
-                                       int*, int*, double*, double*) = nullptr;
+#define QVSYSBASE_SPL_SLOT(result, name, parameters) \
+  result(*IntelSPLHandler::name) parameters = nullptr;
+#include "qvsysbase/IntelSPLSlots.def"
+#undef QVSYSBASE_SPL_SLOT
 
 namespace {
 
@@ -114,7 +67,6 @@ constinit std::atomic<bool> g_memAllocExercised{false};
 constinit ProcessorCountFn g_processorCounter = &detail::CountAffinityProcessors;
 constinit ThreadApplyFn g_threadApplier = &ApplyBlasThreads;
 constinit VectorMathHandler g_vectorMathHandler = nullptr;
-constinit int g_vectorMathMode = 0;
 
 void ApplyThreadCount(int threads) {
   if (threads < 1) return;
@@ -124,15 +76,19 @@ void ApplyThreadCount(int threads) {
 }
 
 // Entering the kernel library. The vendor library had three hooks; here:
-//  - the vector-math status handler is registered, and the mode word records
-//    high accuracy with errors routed to it (the fast exp, log and sqrt check
-//    their results in the same pass and raise statuses through it);
-//  - BLAS and LAPACK keep their own report of illegal arguments (OpenBLAS
-//    prints and returns): throwing through their frames is not safe, and the
-//    matrix kernels turn LAPACK's info into exceptions themselves.
-void EnterKernelLibrary() {
-  g_vectorMathHandler = &HandleVectorMathStatus;
-  g_vectorMathMode = detail::kVmlModeHighAccuracyCallback;
+//  - the vector-math status handler is registered (the fast exp, log and sqrt
+//    check their results in the same pass and raise statuses through it;
+//    they always run at their one, high, accuracy, so there is no mode word);
+//  - BLAS and LAPACK never see an illegal argument: throwing through their
+//    frames from their own report is not safe, so the kernels check the
+//    arguments before the call and throw themselves.
+void EnterKernelLibrary() { g_vectorMathHandler = &HandleVectorMathStatus; }
+
+// Copies every slot of `set` into the table.
+void InstallKernelSet(const detail::KernelSet& set) {
+#define QVSYSBASE_SPL_SLOT(result, name, parameters) IntelSPLHandler::name = set.name;
+#include "qvsysbase/IntelSPLSlots.def"
+#undef QVSYSBASE_SPL_SLOT
 }
 
 // Leaving the kernel library. The fast set holds no buffers of its own to
@@ -154,11 +110,11 @@ void IntelSPLHandler::setIntelSPLMode(SplMode mode, int threads) {
   if (isIntelSPLActive()) LeaveKernelLibrary();
   g_mode = mode;
   if (isIntelSPLActive()) {
-    detail::InstallFastKernels();
+    InstallKernelSet(detail::FastKernelSet());
     EnterKernelLibrary();
     ApplyThreadCount(threads);
   } else {
-    detail::InstallPlainKernels();
+    InstallKernelSet(detail::PlainKernelSet());
   }
 }
 
@@ -209,8 +165,6 @@ void MarkMemAllocExercised() { g_memAllocExercised.store(true, std::memory_order
 void RaiseVectorMathStatus(int status, const char* function) {
   if (g_vectorMathHandler != nullptr) g_vectorMathHandler(status, function);
 }
-
-int GetVectorMathMode() { return g_vectorMathMode; }
 
 unsigned CountAffinityProcessors() {
   cpu_set_t set;

@@ -16,10 +16,6 @@ enum VectorMathStatus : int {
   kVmlUnderflow = 4,    // result too small to represent: ignored
 };
 
-// The vector-math mode word set on entering the kernel library: high accuracy
-// (0x2) with errors routed to the registered handler (0x1000).
-inline constexpr int kVmlModeHighAccuracyCallback = 0x1002;
-
 // Sets the memory-exercised flag; every allocation slot of either set calls it.
 void MarkMemAllocExercised();
 
@@ -27,8 +23,6 @@ void MarkMemAllocExercised();
 // library: status 3 throws std::overflow_error(function), status 4 is ignored,
 // any other status goes to ReportKernelError(function).
 void RaiseVectorMathStatus(int status, const char* function);
-// The mode word last set on entering the kernel library (0 before).
-int GetVectorMathMode();
 
 // ---- Seams for tests. ----------------------------------------------------
 using ProcessorCountFn = unsigned (*)();

@@ -1,6 +1,8 @@
 // The plain kernel set. Each routine takes every element once, in increasing
 // index order, with the run-time library's own fabs, sqrt, exp and log. A
-// count of zero or below touches nothing.
+// count of zero or below touches nothing; the matrix-vector product refuses an
+// illegal shape with the kernel-library set's exception, so that the two sets
+// fail alike and neither reads outside the caller's arrays.
 #include "PlainKernels.h"
 
 #include <algorithm>
@@ -11,7 +13,6 @@
 
 #include "KernelArguments.h"
 #include "MKLWrapper.h"
-#include "qvsysbase/IntelSPLHandler.h"
 
 namespace qvsysbase::detail {
 namespace {
@@ -104,10 +105,6 @@ void SortVector(double* vec, int n) {
   std::sort(vec, numbersEnd);
 }
 
-}  // namespace
-
-namespace plain {
-
 void dbSet(double val, double* dst, int n) { std::fill_n(dst, Len(n), val); }
 void wbZero(short* dst, int n) { std::fill_n(dst, Len(n), static_cast<short>(0)); }
 void dbIntToFloat(const int* src, double* dst, int n) {
@@ -134,55 +131,40 @@ double dStdDev(const double* vec, int n) {
   return std::sqrt(squares / (n - 1));
 }
 
-}  // namespace plain
+}  // namespace
 
-void InstallPlainKernels() {
-  using H = IntelSPLHandler;
-  H::nspdMalloc = &dMalloc;
-  H::nspiMalloc = &iMalloc;
-  H::nspFree = &Free;
-  H::nspdbSet = &plain::dbSet;
-  H::nspdbZero = &dbZero;
-  H::nspwbZero = &plain::wbZero;
-  H::nspdbIntToFloat = &plain::dbIntToFloat;
-  H::nspdbAbs1 = &dbAbs1;
-  H::nspdbAbs2 = &dbAbs2;
-  H::nspdDotProd = &dDotProd;
-  H::nspMatrixMultiplyByVector = &MatrixMultiplyByVector;
-  H::nspdbSqrt1 = &dbSqrt1;
-  H::nspdbSqrt2 = &dbSqrt2;
-  H::nspdbCopy = &dbCopy;
-  H::nspwbCopy = &plain::wbCopy;
-  H::nspdbMpy1 = &dbMpy1;
-  H::nspdbMpy2 = &dbMpy2;
-  H::nspdbMpy3 = &dbMpy3;
-  H::nspdbAdd1 = &plain::dbAdd1;
-  H::nspdbAdd2 = &dbAdd2;
-  H::nspdbAddScaledVector = &dbAddScaledVector;
-  H::nspdbSub1 = &plain::dbSub1;
-  H::nspdbSub2 = &dbSub2;
-  H::nspdbSub3 = &dbSub3;
-  H::nspdbExp1 = &dbExp1;
-  H::nspdbLn1 = &dbLn1;
-  H::ERF = nullptr;
-  H::PhiInverse = nullptr;
-  H::LnGamma = nullptr;
-  H::nspSortVector = &SortVector;
-  H::nspdMean = &plain::dMean;
-  H::nspdStdDev = &plain::dStdDev;
-  H::InitRandGen = nullptr;
-  H::InitRandGenWithSeed = nullptr;
-  H::nspdbRandGaus = nullptr;
-  H::InitRandUniformGen = nullptr;
-  H::nspiRandUniformBits = nullptr;
-  H::nspCholDcInplace = nullptr;
-  H::nspCholInverseInplace = nullptr;
-  H::nspInverseTriangularInplace = nullptr;
-  H::nspSolveLinEquatTriangular = nullptr;
-  H::nspSolveLinEquatSymmetr = nullptr;
-  H::nspProductTrMatrTranspByTrMatrInplace = nullptr;
-  H::nspMatrixMultiply = nullptr;
-  H::nspTROptimise = nullptr;
+KernelSet PlainKernelSet() {
+  return {
+      .nspdMalloc = &dMalloc,
+      .nspiMalloc = &iMalloc,
+      .nspFree = &Free,
+      .nspdbSet = &dbSet,
+      .nspdbZero = &dbZero,
+      .nspwbZero = &wbZero,
+      .nspdbIntToFloat = &dbIntToFloat,
+      .nspdbAbs1 = &dbAbs1,
+      .nspdbAbs2 = &dbAbs2,
+      .nspdDotProd = &dDotProd,
+      .nspMatrixMultiplyByVector = &MatrixMultiplyByVector,
+      .nspdbSqrt1 = &dbSqrt1,
+      .nspdbSqrt2 = &dbSqrt2,
+      .nspdbCopy = &dbCopy,
+      .nspwbCopy = &wbCopy,
+      .nspdbMpy1 = &dbMpy1,
+      .nspdbMpy2 = &dbMpy2,
+      .nspdbMpy3 = &dbMpy3,
+      .nspdbAdd1 = &dbAdd1,
+      .nspdbAdd2 = &dbAdd2,
+      .nspdbAddScaledVector = &dbAddScaledVector,
+      .nspdbSub1 = &dbSub1,
+      .nspdbSub2 = &dbSub2,
+      .nspdbSub3 = &dbSub3,
+      .nspdbExp1 = &dbExp1,
+      .nspdbLn1 = &dbLn1,
+      .nspSortVector = &SortVector,
+      .nspdMean = &dMean,
+      .nspdStdDev = &dStdDev,
+  };
 }
 
 }  // namespace qvsysbase::detail

@@ -211,15 +211,13 @@ TEST(FastKernelsTest, SortPutsEveryNaNLast) {
     for (Vec v : {Vec{3, kNaN, 1, 2, -kInf}, Vec{kNaN}, Vec{kNaN, kNaN, 1}, Vec{}, big}) {
       SCOPED_TRACE(::testing::Message() << "mode " << mode << ", size " << v.size());
       Vec numbers;
-      std::copy_if(v.begin(), v.end(), std::back_inserter(numbers), [](double x) {
-        return !std::isnan(x);
-      });
+      std::copy_if(
+          v.begin(), v.end(), std::back_inserter(numbers), [](double x) { return !std::isnan(x); });
       std::sort(numbers.begin(), numbers.end());
       H::nspSortVector(v.data(), static_cast<int>(v.size()));
       EXPECT_EQ(Vec(v.begin(), v.begin() + numbers.size()), numbers);
-      EXPECT_TRUE(std::all_of(v.begin() + numbers.size(), v.end(), [](double x) {
-        return std::isnan(x);
-      }));
+      EXPECT_TRUE(
+          std::all_of(v.begin() + numbers.size(), v.end(), [](double x) { return std::isnan(x); }));
     }
   }
 }

@@ -17,25 +17,12 @@ namespace {
 using H = IntelSPLHandler;
 using testing_support::Select;
 
-// clang-format off
-#define QV_FOR_EACH_SLOT(X)                                                                       \
-  X(nspdMalloc) X(nspiMalloc) X(nspFree) X(nspdbSet) X(nspdbZero) X(nspwbZero) X(nspdbIntToFloat) \
-  X(nspdbAbs1) X(nspdbAbs2) X(nspdDotProd) X(nspMatrixMultiplyByVector) X(nspdbSqrt1)             \
-  X(nspdbSqrt2) X(nspdbCopy) X(nspwbCopy) X(nspdbMpy1) X(nspdbMpy2) X(nspdbMpy3) X(nspdbAdd1)     \
-  X(nspdbAdd2) X(nspdbAddScaledVector) X(nspdbSub1) X(nspdbSub2) X(nspdbSub3) X(nspdbExp1)        \
-  X(nspdbLn1) X(ERF) X(PhiInverse) X(LnGamma) X(nspSortVector) X(nspdMean) X(nspdStdDev)          \
-  X(InitRandGen) X(InitRandGenWithSeed) X(nspdbRandGaus) X(InitRandUniformGen)                    \
-  X(nspiRandUniformBits) X(nspCholDcInplace) X(nspCholInverseInplace)                             \
-  X(nspInverseTriangularInplace) X(nspSolveLinEquatTriangular) X(nspSolveLinEquatSymmetr)         \
-  X(nspProductTrMatrTranspByTrMatrInplace) X(nspMatrixMultiply) X(nspTROptimise)
-// clang-format on
-
 std::set<std::string> NullSlots() {
   std::set<std::string> names;
-#define QV_NOTE_IF_NULL(slot) \
-  if (H::slot == nullptr) names.insert(#slot);
-  QV_FOR_EACH_SLOT(QV_NOTE_IF_NULL)
-#undef QV_NOTE_IF_NULL
+#define QVSYSBASE_SPL_SLOT(result, name, parameters) \
+  if (H::name == nullptr) names.insert(#name);
+#include "qvsysbase/IntelSPLSlots.def"
+#undef QVSYSBASE_SPL_SLOT
   return names;
 }
 
