@@ -278,7 +278,9 @@ TEST(MatrixKernelsTest, SortAscendsAndReportsIllegalLength) {
   EXPECT_TRUE(reports.empty());
 
   double untouched[2] = {2.0, 1.0};
+  testing::internal::CaptureStderr();
   mklSortVector(untouched, -1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // LAPACK was not asked
   EXPECT_EQ(reports, std::vector<std::string>{"dlasrt - illegal element at-2"});
   EXPECT_EQ(untouched[0], 2.0);
 }
