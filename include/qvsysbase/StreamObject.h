@@ -22,23 +22,36 @@ namespace qvsysbase {
 class SaveStream;
 class LoadStream;
 
+// The interface of everything that goes into a stream, with no data of its own.
+// The streams write and read the record's frame (class name, versions, end
+// offset) and call Save and Load for the body between; the versions carry the
+// format of the object's code, and during Load that of the record being read.
+// Most classes derive from StreamObject, which implements all but Save and Load.
 class QVSYSBASE_API StreamObjectProt {
  public:
   // Writes the body of the object's record; the stream writes the frame.
   virtual void Save(SaveStream& stream) const = 0;
-  // Reads the body; false when the data are not acceptable.
+  // Reads the body, branching on the versions; false when the data are not
+  // acceptable, which fails the stream.
   virtual bool Load(LoadStream& stream) = 0;
+  // The major version: of the object's code, or during Load of the record.
   virtual int GetVersionMajor() const = 0;
+  // The minor version, likewise.
   virtual int GetVersionMinor() const = 0;
+  // Sets the major version; the reader sets the record's before Load.
   virtual void SetVersionMajor(int major) = 0;
+  // Sets the minor version, likewise.
   virtual void SetVersionMinor(int minor) = 0;
   virtual ~StreamObjectProt();
   // Decides whether a record written under `name` may be read into this object:
-  // sets accept to true to take it.
+  // sets accept to true to take it, leaves it unchanged to refuse.
   virtual void ProcessInvalidClassName(const char* name, bool& accept) const = 0;
-  // The name written into the object's records, "namespace::Class".
+  // The name written into the object's records, "namespace::Class", shorter
+  // than MAX_CLASSNAME_SIZE.
   virtual std::string getClassName() const = 0;
+  // Reads this object from a whole stream held in s; true when it read well.
   virtual bool ReadFromString(const std::string& s) = 0;
+  // Sets s to a whole stream holding this object as its one record.
   virtual void WriteToString(std::string& s) const = 0;
 
  protected:
