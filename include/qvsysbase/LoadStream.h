@@ -40,10 +40,15 @@ class QVSYSBASE_API LoadStream {
   LoadStream(const LoadStream&) = delete;
   LoadStream& operator=(const LoadStream&) = delete;
 
-  // Opens the file for binary input and reads the header. Throws
-  // std::logic_error "Can't open existing stream" while a stream is held,
-  // std::domain_error "stream wasn't found..." when the file cannot be read and
-  // "non ORVEL stream" (nothing left open) for an unknown header.
+  // Opens the file for binary input: reads its header and, when the header is
+  // known, the rest of the file. Throws std::logic_error "Can't open existing
+  // stream" while a stream is held; std::domain_error "non ORVEL stream" for
+  // an unknown header, before anything after it is read; std::domain_error
+  // "stream wasn't found..." for a null path, a missing or unreadable file, a
+  // directory, a read error, and a file longer than a stream can be (2^31 - 1
+  // bytes: no end offset reaches further). Nothing is left open on a throw, and
+  // the memory taken is bounded by the file's real size whatever its length
+  // fields say.
   void InitFileStream(const char* path);
   void InitFileStream(const wchar_t* path);
   // Reads from a copy of `data`; failures as above.
@@ -77,7 +82,8 @@ class QVSYSBASE_API LoadStream {
   LoadStream& operator>>(std::wstring& value);
   // Reads one record into `object`: checks the class name, gives the object the
   // record's versions for its Load, moves to the record's end and restores the
-  // object's own versions.
+  // object's own versions. A record nested deeper than MAX_NESTING_DEPTH
+  // (SaveStream.h; the writer refuses to write one) fails the stream.
   LoadStream& operator>>(StreamObjectProt& object);
 
   // Look-ahead for streams without end offsets.

@@ -9,8 +9,9 @@
 //   const char* bytes = out.GetStreamBuffer(n);   // copy n bytes from here
 //
 // A SaveStream serves one stream in its life: it cannot be reopened, even after
-// CloseStream. File streams buffer their writes; a failing write is not reported
-// by the writer (the stream is left in its failed state).
+// CloseStream. Writes do not throw when the medium fails (a full disk, memory
+// exhausted): good() turns false and stays so. File streams write in blocks, so
+// a failing write shows when its block goes out, at the latest in CloseStream.
 //
 // Thread-compatible: one thread at a time. Not copyable (a handle owning its
 // implementation).
@@ -32,6 +33,12 @@ enum STREAM_VER_SAVE : int { STREAM_VER_SAVE_CURRENT = 0, STREAM_VER_SAVE_LEGACY
 
 // A class name written into a record must be shorter than this many bytes.
 inline constexpr unsigned MAX_CLASSNAME_SIZE = 100;
+
+// Object records nest at most this many deep, the outermost counted. The writer
+// refuses a deeper record and the reader fails on one: deep enough for any real
+// document, shallow enough that a hostile stream cannot exhaust the call stack
+// of the recursive Load calls.
+inline constexpr int MAX_NESTING_DEPTH = 256;
 
 class QVSYSBASE_API SaveStream {
  public:
@@ -66,6 +73,12 @@ class QVSYSBASE_API SaveStream {
   // Flushes and closes the stream. The SaveStream cannot be opened again.
   void CloseStream();
 
+  // True while every write so far succeeded. False before a stream was opened
+  // and from the first write that failed or was lost: a block the medium
+  // refused, a write after CloseStream, a record left unfinished by an
+  // exception. After CloseStream it also reflects the final flush and close.
+  bool good() const;
+
   // Each writes the value's fixed little-endian image and returns *this.
   SaveStream& operator<<(bool value);
   SaveStream& operator<<(char value);
@@ -91,7 +104,11 @@ class QVSYSBASE_API SaveStream {
   // A 4-byte length of four bytes per UTF-16 unit, then that many bytes: the
   // units followed by zero bytes. REQUIRES: value != nullptr
   SaveStream& operator<<(const wchar_t* value);
-  // One object record: the frame around what the object's Save writes.
+  // One object record: the frame around what the object's Save writes. Throws
+  // std::logic_error "object records nest too deep", before writing anything of
+  // the record, when MAX_NESTING_DEPTH records are being written already; the
+  // records around it then stay unfinished and good() is false, as after any
+  // exception that ends a record's writing.
   // REQUIRES: length < MAX_CLASSNAME_SIZE (of the object's class name)
   SaveStream& operator<<(const StreamObjectProt& object);
 

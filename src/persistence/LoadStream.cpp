@@ -1,19 +1,18 @@
 // The stream reader. The byte format is described in StreamFormat.h.
 //
-// The whole stream is held in memory (a file is read in once), so every length
-// and end offset can be checked against what is really left before it is
-// trusted. Failures never throw: the stream goes bad and later reads yield
+// The whole stream is held in memory (a file is read in once, after its header
+// was accepted), so every length and end offset can be checked against what is
+// really left before it is trusted. Failures never throw: the stream goes bad and later reads yield
 // zeros. The one exception is the contract that a value lies inside the record
 // being read, which is the object's promise, not the data's.
 #include "qvsysbase/LoadStream.h"
 
 #include <cstdint>
 #include <cstring>
-#include <fstream>
-#include <ios>
-#include <iterator>
+#include <memory>
 #include <stdexcept>
 
+#include "persistence/StreamFile.h"
 #include "persistence/StreamFormat.h"
 #include "qvsysbase/StreamObject.h"
 #include "qvsysbase/qvExcept.h"
@@ -28,8 +27,6 @@ namespace fmt = streamformat;
 constexpr const char* kNotFound = "stream wasn't found...";
 constexpr const char* kNonOrvel = "non ORVEL stream";
 
-enum Medium : unsigned char { MEDIUM_NONE = 0, MEDIUM_FILE = 1, MEDIUM_MEMORY = 2 };
-
 // The stream's bytes and read position. `fail` is the stream's failed state:
 // once set, nothing more is read.
 struct InputStream {
@@ -38,12 +35,24 @@ struct InputStream {
   bool fail = false;
 };
 
-int ClassifyHeader(const char* h) {
-  if (std::memcmp(h, fmt::kTagOrv, 3) == 0) return ORVEL_TAGGED;
-  if (std::memcmp(h, fmt::kOldestMark, fmt::kHeaderSize) == 0) return ORVEL_OLDEST;
-  if (std::memcmp(h, fmt::kLegacyMark, fmt::kHeaderSize) == 0) return ORVEL_LEGACY;
-  if (std::memcmp(h, fmt::kTagO93, 3) == 0) return ORVEL_93;
-  return ORVEL_REJECTED;
+// What the first bytes of a stream say.
+struct Header {
+  int version = ORVEL_REJECTED;
+  unsigned char major = 0;
+  unsigned char minor = 0;
+};
+
+Header ClassifyHeader(const std::string& bytes) {
+  if (bytes.size() < fmt::kHeaderSize) return {};
+  const char* h = bytes.data();
+  const auto tagged = [h](int version) {
+    return Header{version, static_cast<unsigned char>(h[3]), static_cast<unsigned char>(h[4])};
+  };
+  if (std::memcmp(h, fmt::kTagOrv, 3) == 0) return tagged(ORVEL_TAGGED);
+  if (std::memcmp(h, fmt::kOldestMark, fmt::kHeaderSize) == 0) return {ORVEL_OLDEST, 1, 1};
+  if (std::memcmp(h, fmt::kLegacyMark, fmt::kHeaderSize) == 0) return {ORVEL_LEGACY, 1, 1};
+  if (std::memcmp(h, fmt::kTagO93, 3) == 0) return tagged(ORVEL_93);
+  return {};
 }
 
 // UTF-8 spelling of a wide path, for the narrow file API.
@@ -79,13 +88,8 @@ class LoadStreamImpl {
   LoadStreamImpl(const LoadStreamImpl&) = delete;
   LoadStreamImpl& operator=(const LoadStreamImpl&) = delete;
 
-  void Open(Medium medium, InputStream* in) {
-    m_ucMedium = medium;
-    if (in == nullptr) throw std::domain_error(kNotFound);
-    m_pIn = in;
-    m_EndPos = 0;
-    ReadHeader();
-  }
+  void OpenFile(const char* path);
+  void OpenMemory(const std::string& data);
   bool HoldsStream() const { return m_pIn != nullptr; }
   void Close() {
     delete m_pIn;
@@ -127,7 +131,8 @@ class LoadStreamImpl {
  private:
   class RecordScope;
 
-  void ReadHeader();
+  Header AcceptHeader(const std::string& first);
+  void Take(std::unique_ptr<InputStream> in, const Header& header);
   void CheckInsideRecord(std::size_t size) const {
     const auto posCur = static_cast<std::streamoff>(m_pIn->pos);
     QV_ASSERT(((unsigned long)(std::streamoff)posCur) + size < ((unsigned long)m_EndPos));
@@ -166,7 +171,6 @@ class LoadStreamImpl {
   bool EnterRecord();
   void SkipToEnd();
 
-  unsigned char m_ucMedium = MEDIUM_NONE;
   int m_nStreamVer = ORVEL_REJECTED;
   InputStream* m_pIn = nullptr;  // owned
   unsigned char m_ucMajor = 0;
@@ -201,25 +205,41 @@ class LoadStreamImpl::RecordScope {
   int m_minor;
 };
 
-void LoadStreamImpl::ReadHeader() {
-  char header[fmt::kHeaderSize] = {};
-  const bool complete = ReadRaw(header, fmt::kHeaderSize);
-  m_nStreamVer = complete ? ClassifyHeader(header) : ORVEL_REJECTED;
-  switch (m_nStreamVer) {
-    case ORVEL_TAGGED:
-    case ORVEL_93:
-      m_ucMajor = static_cast<unsigned char>(header[3]);
-      m_ucMinor = static_cast<unsigned char>(header[4]);
-      break;
-    case ORVEL_OLDEST:
-    case ORVEL_LEGACY:
-      m_ucMajor = 1;
-      m_ucMinor = 1;
-      break;
-    default:
-      Close();
-      throw std::domain_error(kNonOrvel);
+// The file's header is read and judged before its body: a file that is no
+// stream costs five bytes, however long it is.
+void LoadStreamImpl::OpenFile(const char* path) {
+  streamfile::InputFile file(path);
+  auto in = std::make_unique<InputStream>();
+  if (!file.IsOpen() || !file.Read(in->data, fmt::kHeaderSize)) throw std::domain_error(kNotFound);
+  const Header header = AcceptHeader(in->data);
+  if (!file.ReadRest(in->data)) throw std::domain_error(kNotFound);
+  Take(std::move(in), header);
+}
+
+void LoadStreamImpl::OpenMemory(const std::string& data) {
+  const Header header = AcceptHeader(data);
+  auto in = std::make_unique<InputStream>();
+  in->data = data;
+  Take(std::move(in), header);
+}
+
+// Throws "non ORVEL stream" for a header of no known form.
+Header LoadStreamImpl::AcceptHeader(const std::string& first) {
+  const Header header = ClassifyHeader(first);
+  if (header.version == ORVEL_REJECTED) {
+    m_nStreamVer = ORVEL_REJECTED;
+    throw std::domain_error(kNonOrvel);
   }
+  return header;
+}
+
+void LoadStreamImpl::Take(std::unique_ptr<InputStream> in, const Header& header) {
+  m_nStreamVer = header.version;
+  m_ucMajor = header.major;
+  m_ucMinor = header.minor;
+  m_EndPos = 0;
+  m_pIn = in.release();
+  m_pIn->pos = fmt::kHeaderSize;
 }
 
 void LoadStreamImpl::ReadString(std::string& value) {
@@ -360,18 +380,7 @@ LoadStream::~LoadStream() { delete m_pImpl; }
 
 void LoadStream::InitFileStream(const char* path) {
   if (m_pImpl->HoldsStream()) throw std::logic_error(fmt::kOpenExisting);
-  std::ifstream file;
-  if (path != nullptr) file.open(path, std::ios::binary);
-  InputStream* in = nullptr;
-  if (file.good()) {
-    in = new InputStream;
-    in->data.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-    if (file.bad()) {
-      delete in;
-      in = nullptr;
-    }
-  }
-  m_pImpl->Open(MEDIUM_FILE, in);
+  m_pImpl->OpenFile(path);
 }
 void LoadStream::InitFileStream(const wchar_t* path) {
   if (path == nullptr) {
@@ -382,7 +391,7 @@ void LoadStream::InitFileStream(const wchar_t* path) {
 }
 void LoadStream::InitMemStream(const std::string& data) {
   if (m_pImpl->HoldsStream()) throw std::logic_error(fmt::kOpenExisting);
-  m_pImpl->Open(MEDIUM_MEMORY, new InputStream{data});
+  m_pImpl->OpenMemory(data);
 }
 void LoadStream::CloseStream() { m_pImpl->Close(); }
 

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
@@ -30,6 +31,7 @@ constexpr const char* kFileCreationFailed = "stream creation has failed...";
 constexpr const char* kMemCreationFailed = "stream creation was failed...";
 constexpr const char* kBufferNotFound = "The stream buffer wasn't found";
 constexpr const char* kOutOfRange = "value doesn't fit in 32 bits";
+constexpr const char* kTooDeep = "object records nest too deep";
 
 // A file is written in blocks of this size: large enough that the system call
 // per block is noise, small enough to stay in cache.
@@ -44,13 +46,12 @@ enum Medium : int { MEDIUM_NONE = 0, MEDIUM_FILE = 1, MEDIUM_MEMORY = 2 };
 // bytes before m_nFlushed are on disk and the rest are in the buffer.
 class OutputStream {
  public:
-  explicit OutputStream(std::FILE* file) : m_pFile(file) {}
-  ~OutputStream() {
-    if (m_pFile != nullptr) {
-      Flush();
-      if (std::fclose(m_pFile) != 0) m_bBad = true;
-    }
+  // `file` is owned. Its own buffering is switched off: this class already
+  // writes in blocks, and a block that fails must show when it is written.
+  explicit OutputStream(std::FILE* file) : m_pFile(file) {
+    if (m_pFile != nullptr) std::setvbuf(m_pFile, nullptr, _IONBF, 0);
   }
+  ~OutputStream() { Close(); }
   OutputStream(const OutputStream&) = delete;
   OutputStream& operator=(const OutputStream&) = delete;
 
@@ -76,6 +77,16 @@ class OutputStream {
   const char* Data() const { return m_pData.get(); }
   std::size_t Size() const { return m_nSize; }
   bool Good() const { return !m_bBad; }
+  // Writes what is buffered and closes the file; false when any write failed.
+  // Afterwards the object is only to be deleted.
+  bool Close() {
+    if (m_pFile != nullptr) {
+      Flush();
+      if (std::fclose(m_pFile) != 0) m_bBad = true;
+      m_pFile = nullptr;
+    }
+    return !m_bBad;
+  }
 
  private:
   bool MakeRoom(std::size_t n) {
@@ -150,26 +161,32 @@ class SaveStreamImpl {
     m_nMedium = MEDIUM_MEMORY;
     m_pOut = new (std::nothrow) OutputStream(nullptr);
     if (m_pOut == nullptr) throw std::domain_error(kMemCreationFailed);
-    m_pMem = m_pOut;
     WriteHeader(ver == STREAM_VER_SAVE_LEGACY ? fmt::kWriteLegacy : fmt::kWriteCurrent);
   }
 
   const char* Buffer(int& length) const {
     if (m_nMedium != MEDIUM_MEMORY) return nullptr;
-    if (m_pMem == nullptr) throw std::domain_error(kBufferNotFound);
-    length = static_cast<int>(m_pMem->Size());
-    return m_pMem->Data();
+    if (m_pOut == nullptr) throw std::domain_error(kBufferNotFound);
+    length = static_cast<int>(m_pOut->Size());
+    return m_pOut->Data();
   }
 
   void Close() {
+    if (m_pOut != nullptr && !m_pOut->Close()) m_bFailed = true;
     delete m_pOut;
     m_pOut = nullptr;
-    m_pMem = nullptr;
+  }
+
+  bool Good() const {
+    return m_StreamVer != UNDEFINED && !m_bFailed && (m_pOut == nullptr || m_pOut->Good());
   }
 
   void Write(const void* bytes, std::size_t n) {
-    if (m_pOut != nullptr) [[likely]]
+    if (m_pOut != nullptr) [[likely]] {
       m_pOut->Write(bytes, n);
+    } else {
+      m_bFailed = true;  // nothing open: the bytes are lost
+    }
   }
 
   template <typename U>
@@ -187,15 +204,39 @@ class SaveStreamImpl {
   void WriteObject(const StreamObjectProt& object);
 
  private:
+  class RecordScope;
+
   void WriteHeader(int version);
 
   int m_StreamVer = UNDEFINED;
   int m_nMedium = MEDIUM_NONE;
   OutputStream* m_pOut = nullptr;  // owned
-  OutputStream* m_pMem = nullptr;  // m_pOut when the medium is memory
+  bool m_bFailed = false;  // a write was lost or a record left unfinished
+  int m_nDepth = 0;        // records being written, outermost included
   unsigned char m_ucMajor;
   unsigned char m_ucMinor;
   SaveStream* m_pOwner;  // not owned: the handle that owns this
+};
+
+// Counts a record as being written for as long as it is. A record whose writing
+// ends by an exception stays unfinished in the stream, which is then no longer
+// good.
+class SaveStreamImpl::RecordScope {
+ public:
+  explicit RecordScope(SaveStreamImpl& impl)
+      : m_impl(impl), m_nExceptions(std::uncaught_exceptions()) {
+    ++m_impl.m_nDepth;
+  }
+  ~RecordScope() {
+    --m_impl.m_nDepth;
+    if (std::uncaught_exceptions() > m_nExceptions) m_impl.m_bFailed = true;
+  }
+  RecordScope(const RecordScope&) = delete;
+  RecordScope& operator=(const RecordScope&) = delete;
+
+ private:
+  SaveStreamImpl& m_impl;
+  int m_nExceptions;
 };
 
 void SaveStreamImpl::WriteHeader(int version) {
@@ -204,11 +245,12 @@ void SaveStreamImpl::WriteHeader(int version) {
     case fmt::kWriteLegacy:
       Write(fmt::kLegacyMark, fmt::kHeaderSize);
       break;
-    case fmt::kWriteTagged:
     case fmt::kWriteCurrent: {
-      const char* tag = version == fmt::kWriteTagged ? fmt::kTagOrv : fmt::kTagO93;
-      const char header[fmt::kHeaderSize] = {
-          tag[0], tag[1], tag[2], static_cast<char>(m_ucMajor), static_cast<char>(m_ucMinor)};
+      const char header[fmt::kHeaderSize] = {fmt::kTagO93[0],
+                                             fmt::kTagO93[1],
+                                             fmt::kTagO93[2],
+                                             static_cast<char>(m_ucMajor),
+                                             static_cast<char>(m_ucMinor)};
       Write(header, fmt::kHeaderSize);
       break;
     }
@@ -218,6 +260,9 @@ void SaveStreamImpl::WriteHeader(int version) {
 }
 
 void SaveStreamImpl::WriteObject(const StreamObjectProt& object) {
+  const RecordScope scope(*this);
+  // Refused before its first byte, so that what is written can be read back.
+  if (m_nDepth > MAX_NESTING_DEPTH) throw std::logic_error(kTooDeep);
   const std::string name = object.getClassName();
   Write(&fmt::kOpenMarker, 1);
   const std::size_t length = name.size();
@@ -253,6 +298,7 @@ void SaveStream::InitMemStream() { InitMemStream(STREAM_VER_SAVE_CURRENT); }
 void SaveStream::InitMemStream(STREAM_VER_SAVE ver) { m_pImpl->OpenMemory(ver); }
 const char* SaveStream::GetStreamBuffer(int& length) { return m_pImpl->Buffer(length); }
 void SaveStream::CloseStream() { m_pImpl->Close(); }
+bool SaveStream::good() const { return m_pImpl->Good(); }
 
 SaveStream& SaveStream::operator<<(bool value) {
   m_pImpl->WriteLE<std::uint32_t>(value ? 1U : 0U);

@@ -61,7 +61,10 @@
 //   Every length is checked against what is left of the stream and of the
 //   enclosing record before anything is allocated; an end offset must lie after
 //   the record's header, within the stream and within the enclosing record, and
-//   point just past a ']'; records nest at most kMaxNestingDepth deep.
+//   point just past a ']'.
+//
+// Nesting: records nest at most kMaxNestingDepth deep, the outermost counted;
+// the writer refuses a deeper record and the reader fails on one.
 #ifndef QVSYSBASE_SRC_PERSISTENCE_STREAMFORMAT_H_
 #define QVSYSBASE_SRC_PERSISTENCE_STREAMFORMAT_H_
 
@@ -74,6 +77,8 @@
 #include <string>
 #include <type_traits>
 
+#include "qvsysbase/SaveStream.h"
+
 namespace qvsysbase::streamformat {
 
 // Reader and writer refuse a second open with the same text.
@@ -85,9 +90,9 @@ inline constexpr char kTagO93[3] = {'O', '9', '3'};
 inline constexpr unsigned char kLegacyMark[kHeaderSize] = {0x3A, 0x01, 0x01, 0x00, 0x00};
 inline constexpr unsigned char kOldestMark[kHeaderSize] = {0x01, 0x00, 0x00, 0x00, 0x01};
 
-// Writer numbering of the formats (SaveStreamImpl::m_StreamVer).
+// Writer numbering of the formats (SaveStreamImpl::m_StreamVer). 2, the tagged
+// format, is read but written by no operation; the number stays reserved.
 inline constexpr int kWriteLegacy = 1;
-inline constexpr int kWriteTagged = 2;
 inline constexpr int kWriteCurrent = 3;
 
 inline constexpr char kOpenMarker = '[';
@@ -101,9 +106,8 @@ inline constexpr std::size_t kVersionsSize = 4 + 4;
 inline constexpr std::size_t kEndOffsetSize = 4;
 inline constexpr std::size_t kExtendedSize = 10;
 
-// Deep enough for any real document; shallow enough that a hostile stream of
-// nested open markers cannot exhaust the call stack of recursive Load calls.
-inline constexpr int kMaxNestingDepth = 256;
+// Writer and reader share the public limit: what one writes the other reads.
+inline constexpr int kMaxNestingDepth = MAX_NESTING_DEPTH;
 
 // --- Little-endian encoding --------------------------------------------------
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,6 +22,7 @@ constexpr const char* kPastRecordEnd =
     "((unsigned long)(std::streamoff)posCur) + size < ((unsigned long)m_EndPos)";
 
 constexpr const char* kNonOrvel = "non ORVEL stream";
+constexpr const char* kNotFound = "stream wasn't found...";
 
 // Rejected headers leave nothing open: the stream can be opened again.
 TEST(LoadStreamTest, HeaderForms) {
@@ -193,11 +197,164 @@ TEST(LoadStreamTest, EveryDamageFailsTheStream) {
   }
 }
 
-TEST(LoadStreamTest, NestingDepthIsBounded) {
+// A record holding `depth` - 1 records nested inside it.
+class Nest : public StreamObject {
+ public:
+  explicit Nest(int depth = 0) : m_nDepth(depth) {}
+  std::string getClassName() const override { return "N"; }
+  void Save(SaveStream& s) const override {
+    s << (m_nDepth > 1);
+    if (m_nDepth > 1) s << Nest(m_nDepth - 1);
+  }
+  bool Load(LoadStream& s) override {
+    bool inner = false;
+    Nest child;
+    s >> inner;
+    if (inner) s >> child;
+    m_nDepth = 1 + child.m_nDepth;
+    return true;
+  }
+  int m_nDepth;
+};
+
+// The same nesting written by hand in the legacy format, which the writer
+// would refuse beyond the limit.
+std::string HandMadeNest(int depth) {
+  std::string body;
+  for (int level = 1; level <= depth; ++level) {
+    const char inner = level > 1 ? '\x01' : '\0';
+    body = std::string("[\x01\0\0\0N\x01\0\0\0\x01\0\0\0", 14) + inner + std::string(3, '\0') +
+           body + "]";
+  }
+  return std::string("\x3a\x01\x01\x00\x00", 5) + body;
+}
+
+// What the writer accepts the reader reads back; one level more the writer
+// refuses before writing the record, and the reader fails on it.
+TEST(LoadStreamTest, WriterAndReaderAgreeOnNesting) {
+  for (STREAM_VER_SAVE ver : {STREAM_VER_SAVE_CURRENT, STREAM_VER_SAVE_LEGACY}) {
+    for (int depth : {1, MAX_NESTING_DEPTH, MAX_NESTING_DEPTH + 1}) {
+      SCOPED_TRACE(testing::Message() << "format " << ver << ", depth " << depth);
+      SaveStream out;
+      out.InitMemStream(ver);
+      if (depth > MAX_NESTING_DEPTH) {
+        ExpectThrowText<std::logic_error>([&] { out << Nest(depth); },
+                                          "object records nest too deep");
+        EXPECT_FALSE(out.good());
+        continue;
+      }
+      out << Nest(depth);
+      LoadStream in;
+      in.InitMemStream(Bytes(out));
+      Nest read;
+      EXPECT_TRUE((in >> read).good());
+      EXPECT_EQ(read.m_nDepth, depth);
+    }
+  }
+  for (int depth : {MAX_NESTING_DEPTH, MAX_NESTING_DEPTH + 1}) {
+    SCOPED_TRACE(depth);
+    LoadStream in;
+    in.InitMemStream(HandMadeNest(depth));
+    Nest read;
+    EXPECT_EQ((in >> read).good(), depth <= MAX_NESTING_DEPTH);
+  }
+}
+
+// Opening by path: every way of finding no stream gives the same error and
+// leaves nothing open, so the LoadStream can open another stream.
+TEST(LoadStreamFileTest, EveryMissingStreamIsNotFound) {
+  const TempPath dir("dir");
+  std::filesystem::create_directory(dir.path());
+  const struct {
+    const char* what;
+    std::function<void(LoadStream&)> open;
+  } rows[] = {
+      {"null path", [](LoadStream& in) { in.InitFileStream(static_cast<const char*>(nullptr)); }},
+      {"null wide path", [](LoadStream& in) { in.InitFileStream(static_cast<const wchar_t*>(nullptr)); }},
+      {"missing file", [&](LoadStream& in) { in.InitFileStream((dir.path() / "none").c_str()); }},
+      {"directory", [&](LoadStream& in) { in.InitFileStream(dir.c_str()); }},
+      // Opens, but reading its first bytes fails whoever reads it.
+      {"read error", [](LoadStream& in) { in.InitFileStream("/proc/self/mem"); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    LoadStream in;
+    ExpectThrowText<std::domain_error>([&] { row.open(in); }, kNotFound);
+    EXPECT_FALSE(in.good());
+    EXPECT_NO_THROW(in.InitMemStream("O93\x01\x01"));
+  }
+}
+
+TEST(LoadStreamFileTest, UnreadableFileIsNotFound) {
+  const TempPath file("unreadable");
+  std::ofstream(file.path(), std::ios::binary) << "O93\x01\x01";
+  std::filesystem::permissions(file.path(), std::filesystem::perms::none);
+  if (::access(file.c_str(), R_OK) == 0) GTEST_SKIP() << "this process may read any file";
   LoadStream in;
-  in.InitMemStream(Write([](SaveStream& s) { s << *qvfuzz::MakeChain(300); }));
-  Node node;
-  EXPECT_FALSE((in >> node).good());
+  ExpectThrowText<std::domain_error>([&] { in.InitFileStream(file.c_str()); }, kNotFound);
+}
+
+// A stream read from a file, by narrow and by wide path, equals the memory image.
+TEST(LoadStreamFileTest, FileReadsLikeMemory) {
+  const TempPath file("document_\xc3\xa9");  // e acute, in UTF-8
+  std::wstring wide;
+  for (char c : file.path().string()) wide.push_back(static_cast<unsigned char>(c));
+  wide.resize(wide.size() - 2);
+  wide.push_back(L'\u00e9');
+  std::ofstream(file.path(), std::ios::binary) << qvfuzz::SeedStreams().front().second;
+  for (bool byWide : {false, true}) {
+    SCOPED_TRACE(byWide);
+    LoadStream in;
+    if (byWide) in.InitFileStream(wide.c_str());
+    if (!byWide) in.InitFileStream(file.c_str());
+    Node node;
+    Leaf skipped;
+    EXPECT_TRUE((in >> node >> skipped).good());
+    EXPECT_TRUE(node == *qvfuzz::MakeChain(1));
+    EXPECT_EQ(skipped.m_strName, "skipped");
+  }
+}
+
+// Exits with 0 when opening `path` throws std::domain_error with `text`. Runs in
+// a child whose address space may grow by 128 MB at most and which dies after
+// 20 s, so a reader that reads without bound fails fast instead of exhausting
+// the machine.
+[[noreturn]] void OpenInBoundedChild(const char* path, const char* text) {
+  ::alarm(20);
+  long pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  const rlim_t room = static_cast<rlim_t>(pages) * ::sysconf(_SC_PAGESIZE) + (rlim_t{128} << 20);
+  const rlimit limit{room, room};
+  ::setrlimit(RLIMIT_AS, &limit);
+  LoadStream in;
+  try {
+    in.InitFileStream(path);
+  } catch (const std::domain_error& e) {
+    std::_Exit(std::string(e.what()) == text ? 0 : 1);
+  }
+  std::_Exit(2);
+}
+
+// The header decides before the body is read, and no file takes more memory
+// than a stream can hold: large sparse files cost no disk, an endless device
+// never ends by itself.
+TEST(LoadStreamFileDeathTest, MemoryIsBoundedByWhatAStreamCanHold) {
+  const TempPath foreign("foreign"), huge("huge");
+  std::ofstream(foreign.path(), std::ios::binary) << "ABCDE";
+  std::filesystem::resize_file(foreign.path(), std::uintmax_t{256} << 20);
+  std::ofstream(huge.path(), std::ios::binary) << "O93\x01\x01";
+  std::filesystem::resize_file(huge.path(), std::uintmax_t{3} << 30);
+  const struct {
+    const char* what;
+    const char* path;
+    const char* text;
+  } rows[] = {{"256 MB, foreign header", foreign.c_str(), kNonOrvel},
+              {"endless device", "/dev/zero", kNonOrvel},
+              {"3 GB, known header", huge.c_str(), kNotFound}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    EXPECT_EXIT(OpenInBoundedChild(row.path, row.text), testing::ExitedWithCode(0), "");
+  }
 }
 
 // The seeds of the fuzz target are valid streams of every header form; cut at

@@ -118,5 +118,45 @@ TEST(SaveStreamTest, FileMatchesMemoryAcrossBufferFlushes) {
   std::filesystem::remove(path);
 }
 
+// good() is true while every write so far succeeded; the final flush counts. A
+// file stream writes in blocks of 64 kB, so a failing device shows as soon as a
+// block goes out, and a smaller stream when it is closed.
+TEST(SaveStreamTest, FailedWritesShowInGood) {
+  const TempPath file("good.qv");
+  const std::string small(10, 'x'), big(200000, 'x');
+  const struct {
+    const char* what;
+    const char* path;  // null for memory, "" for nothing opened
+    const std::string& bytes;
+    bool afterWrite, afterClose;
+  } rows[] = {
+      {"memory", nullptr, big, true, true},
+      {"file", file.c_str(), big, true, true},
+      {"never opened", "", small, false, false},
+      {"full device, one block", "/dev/full", small, true, false},
+      {"full device, many blocks", "/dev/full", big, false, false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    SaveStream out;
+    if (row.path == nullptr) out.InitMemStream();
+    if (row.path != nullptr && *row.path != '\0') out.InitFileStream(row.path);
+    out << row.bytes;
+    EXPECT_EQ(out.good(), row.afterWrite);
+    out.CloseStream();
+    EXPECT_EQ(out.good(), row.afterClose);
+    out << 1;  // lost: the stream is closed
+    EXPECT_FALSE(out.good());
+  }
+}
+
+// A record whose writing ends by an exception stays unfinished: not good.
+TEST(SaveStreamTest, UnfinishedRecordIsNotGood) {
+  SaveStream out;
+  out.InitMemStream();
+  EXPECT_THROW(out << Named(std::string(100, 'x')), AssertionException);
+  EXPECT_FALSE(out.good());
+}
+
 }  // namespace
 }  // namespace qvtest

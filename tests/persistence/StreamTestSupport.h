@@ -5,10 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <string>
+#include <system_error>
 #include <type_traits>
 
 #include "qvsysbase/LoadStream.h"
@@ -56,6 +60,26 @@ inline Damage Patch(std::size_t at, std::uint32_t v) {
 inline Damage Cut(std::size_t size) {
   return [=](std::string& b) { b.resize(size); };
 }
+
+// A path under the temporary directory, unique to this process (test binaries
+// of other builds may run at the same time), removed with all below it.
+class TempPath {
+ public:
+  explicit TempPath(const std::string& name)
+      : m_path(std::filesystem::temp_directory_path() /
+               ("qv_" + std::to_string(::getpid()) + "_" + name)) {}
+  ~TempPath() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  TempPath(const TempPath&) = delete;
+  TempPath& operator=(const TempPath&) = delete;
+  const std::filesystem::path& path() const { return m_path; }
+  const char* c_str() const { return m_path.c_str(); }
+
+ private:
+  std::filesystem::path m_path;
+};
 
 // Runs `call` and checks that it throws E with text `text`; for an assertion,
 // `text` is the condition and `unit` its unit.
