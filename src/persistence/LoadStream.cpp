@@ -2,8 +2,8 @@
 //
 // The whole stream is held in memory (a file is read in once, after its header
 // was accepted), so every length and end offset can be checked against what is
-// really left before it is trusted. Failures never throw: the stream goes bad and later reads yield
-// zeros. The one exception is the contract that a value lies inside the record
+// really left before it is trusted. Failures never throw: the stream goes bad
+// and later reads yield zeros. The one exception is the contract that a value lies inside the record
 // being read, which is the object's promise, not the data's.
 #include "qvsysbase/LoadStream.h"
 

@@ -211,8 +211,8 @@ class SaveStreamImpl {
   int m_StreamVer = UNDEFINED;
   int m_nMedium = MEDIUM_NONE;
   OutputStream* m_pOut = nullptr;  // owned
-  bool m_bFailed = false;  // a write was lost or a record left unfinished
-  int m_nDepth = 0;        // records being written, outermost included
+  bool m_bFailed = false;          // a write was lost or a record left unfinished
+  int m_nDepth = 0;                // records being written, outermost included
   unsigned char m_ucMajor;
   unsigned char m_ucMinor;
   SaveStream* m_pOwner;  // not owned: the handle that owns this

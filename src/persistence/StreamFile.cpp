@@ -73,8 +73,8 @@ bool InputFile::ReadRest(std::string& out, std::size_t limit) {
     const std::size_t before = out.size();
     // Doubling keeps the copies linear; reading at most one byte beyond the
     // limit tells a longer source from one of exactly the limit.
-    const std::size_t step =
-        static_cast<std::size_t>(std::min<std::uint64_t>(std::max(before, kChunk), limit + 1 - m_nRead));
+    const std::size_t step = static_cast<std::size_t>(
+        std::min<std::uint64_t>(std::max(before, kChunk), limit + 1 - m_nRead));
     if (!Read(out, step)) return false;
     if (out.size() - before < step) return m_nRead <= limit;  // the end of the source
   }

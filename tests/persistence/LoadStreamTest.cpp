@@ -238,7 +238,8 @@ TEST(LoadStreamTest, WriterAndReaderAgreeOnNesting) {
   const std::string outer("[\x01\0\0\0N\x01\0\0\0\x01\0\0\0\x01\0\0\0", 18);
   for (int inner : {MAX_NESTING_DEPTH - 1, MAX_NESTING_DEPTH}) {
     SCOPED_TRACE(inner + 1);
-    const std::string bytes = Write([&](SaveStream& s) { s << Nest(inner); }, STREAM_VER_SAVE_LEGACY);
+    const std::string bytes =
+        Write([&](SaveStream& s) { s << Nest(inner); }, STREAM_VER_SAVE_LEGACY);
     LoadStream in;
     in.InitMemStream(bytes.substr(0, 5) + outer + bytes.substr(5) + "]");
     Nest read;
@@ -256,7 +257,8 @@ TEST(LoadStreamFileTest, EveryMissingStreamIsNotFound) {
     std::function<void(LoadStream&)> open;
   } rows[] = {
       {"null path", [](LoadStream& in) { in.InitFileStream(static_cast<const char*>(nullptr)); }},
-      {"null wide path", [](LoadStream& in) { in.InitFileStream(static_cast<const wchar_t*>(nullptr)); }},
+      {"null wide path",
+       [](LoadStream& in) { in.InitFileStream(static_cast<const wchar_t*>(nullptr)); }},
       {"missing file", [&](LoadStream& in) { in.InitFileStream((dir.path() / "none").c_str()); }},
       {"directory", [&](LoadStream& in) { in.InitFileStream(dir.c_str()); }},
       // Opens, but reading its first bytes fails whoever reads it.

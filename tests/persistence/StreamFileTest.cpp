@@ -1,11 +1,10 @@
-#include "persistence/StreamFile.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <fstream>
 #include <string>
 
+#include "persistence/StreamFile.h"
 #include "persistence/StreamTestSupport.h"
 
 namespace qvtest {

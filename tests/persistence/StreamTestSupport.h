@@ -4,7 +4,6 @@
 #define QVSYSBASE_TESTS_PERSISTENCE_STREAMTESTSUPPORT_H_
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <cstdint>
