@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
-#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
@@ -204,9 +203,8 @@ class SaveStreamImpl {
   void WriteObject(const StreamObjectProt& object);
 
  private:
-  class RecordScope;
-
   void WriteHeader(int version);
+  void WriteRecord(const StreamObjectProt& object);
 
   int m_StreamVer = UNDEFINED;
   int m_nMedium = MEDIUM_NONE;
@@ -216,27 +214,6 @@ class SaveStreamImpl {
   unsigned char m_ucMajor;
   unsigned char m_ucMinor;
   SaveStream* m_pOwner;  // not owned: the handle that owns this
-};
-
-// Counts a record as being written for as long as it is. A record whose writing
-// ends by an exception stays unfinished in the stream, which is then no longer
-// good.
-class SaveStreamImpl::RecordScope {
- public:
-  explicit RecordScope(SaveStreamImpl& impl)
-      : m_impl(impl), m_nExceptions(std::uncaught_exceptions()) {
-    ++m_impl.m_nDepth;
-  }
-  ~RecordScope() {
-    --m_impl.m_nDepth;
-    if (std::uncaught_exceptions() > m_nExceptions) m_impl.m_bFailed = true;
-  }
-  RecordScope(const RecordScope&) = delete;
-  RecordScope& operator=(const RecordScope&) = delete;
-
- private:
-  SaveStreamImpl& m_impl;
-  int m_nExceptions;
 };
 
 void SaveStreamImpl::WriteHeader(int version) {
@@ -259,10 +236,27 @@ void SaveStreamImpl::WriteHeader(int version) {
   }
 }
 
+// Counts the record as being written for as long as it is. A record whose
+// writing ends by an exception stays unfinished in the stream, which is then no
+// longer good.
 void SaveStreamImpl::WriteObject(const StreamObjectProt& object) {
-  const RecordScope scope(*this);
   // Refused before its first byte, so that what is written can be read back.
-  if (m_nDepth > MAX_NESTING_DEPTH) throw std::logic_error(kTooDeep);
+  if (m_nDepth >= MAX_NESTING_DEPTH) {
+    m_bFailed = true;  // the records around it stay unfinished
+    throw std::logic_error(kTooDeep);
+  }
+  ++m_nDepth;
+  try {
+    WriteRecord(object);
+  } catch (...) {
+    --m_nDepth;
+    m_bFailed = true;
+    throw;
+  }
+  --m_nDepth;
+}
+
+void SaveStreamImpl::WriteRecord(const StreamObjectProt& object) {
   const std::string name = object.getClassName();
   Write(&fmt::kOpenMarker, 1);
   const std::size_t length = name.size();
