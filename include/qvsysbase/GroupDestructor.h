@@ -52,6 +52,9 @@ class QVSYSBASE_API GroupDestructor {
   // `pKey`, deleting each object right after (and every object, whatever its
   // key), in registration order; then forgets them all. A call made while the
   // group is being destroyed, or after, does nothing: a group is destroyed once.
+  // When Destroy() or GetGroupKey() throws, the pass goes on: every registered
+  // object is still deleted exactly once and the group is gone; then the first
+  // exception thrown is passed on (later ones are dropped).
   void destroyGroup(void* pKey);
 
  private:

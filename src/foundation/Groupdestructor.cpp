@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <vector>
 
 #include "LibraryHooks.h"
@@ -45,15 +46,23 @@ void GroupDestructor::destroyGroup(void* pKey) {
   // objects, which then go with the group too. An entry is cleared before its
   // object is deleted, so that a new object at a reused address is not taken
   // for one already registered.
+  std::exception_ptr firstFailure;
   std::vector<DestructorProt*>& list = m_pImpl->m_vecDestructors;
   for (std::size_t i = 0; i < list.size(); ++i) {
     DestructorProt* p = list[i];
     if (p == nullptr) continue;
-    if (p->GetGroupKey() != pKey) p->Destroy();
+    // A member that fails to tear down is still deleted, and so are the ones
+    // after it: the group's owner cannot reach them any more.
+    try {
+      if (p->GetGroupKey() != pKey) p->Destroy();
+    } catch (...) {
+      if (!firstFailure) firstFailure = std::current_exception();
+    }
     list[i] = nullptr;
     delete p;
   }
   Release();
+  if (firstFailure) std::rethrow_exception(firstFailure);
 }
 
 namespace detail {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <initializer_list>
+#include <stdexcept>
 #include <string>
 
 #include "qvsysbase/GroupDestructor.h"
@@ -63,6 +64,35 @@ TEST(GroupDestructorTest, ReentryIsIgnoredAndOnlyDestroyGroupDeletes) {
   group.destroyGroup(&g_keyOne);
   group.destroyGroup(nullptr);  // a group is destroyed once
   EXPECT_EQ(log, "Da ~a Db ~b Dc ~c ");
+}
+
+// A Destroy() that throws stops neither the pass nor the deletions; the first
+// exception leaves destroyGroup once every member is gone.
+TEST(GroupDestructorTest, ThrowingTeardownStillDeletesEveryMemberOnceAndPassesTheFirstOn) {
+  const struct {
+    const char* throwers;  // members whose Destroy() throws, with their name as text
+    const char* passedOn;  // the text that leaves destroyGroup, "" for none
+  } rows[] = {{"a", "a"}, {"b", "b"}, {"c", "c"}, {"ac", "a"}, {"abc", "a"}, {"", ""}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.throwers);
+    std::string log;
+    GroupDestructor group;
+    for (const char name : {'a', 'b', 'c'}) {
+      const bool bThrows = std::string(row.throwers).find(name) != std::string::npos;
+      group.addDestructor(new Member(&log, name, nullptr, [name, bThrows] {
+        if (bThrows) throw std::runtime_error(std::string(1, name));
+      }));
+    }
+    std::string passedOn;
+    try {
+      group.destroyGroup(&g_keyOne);
+    } catch (const std::runtime_error& e) {
+      passedOn = e.what();
+    }
+    group.destroyGroup(nullptr);  // the group is gone even after a throw
+    EXPECT_EQ(passedOn, row.passedOn);
+    EXPECT_EQ(log, "Da ~a Db ~b Dc ~c ");
+  }
 }
 
 }  // namespace
