@@ -151,6 +151,9 @@ class SmartRefCountedPtr {
   SmartRefCountedPtr(T* pObject, RefCounterProtocol* pRefCounter);
   SmartRefCountedPtr(const SmartRefCountedPtr& other);
   // Assigning a pointer to the same object is free (no counter is called).
+  // Otherwise other's counter gains a reference before this pointer's old
+  // counter loses one, so other may be a pointer held by the object this one
+  // releases.
   // REQUIRES: other.m_pRefCounter == m_pRefCounter (same object)
   // REQUIRES: other.m_pObject && other.m_pRefCounter (different object, unless
   // other is empty)
@@ -235,11 +238,14 @@ SmartRefCountedPtr<T>& SmartRefCountedPtr<T>::operator=(const SmartRefCountedPtr
   if (other.m_pObject != nullptr || other.m_pRefCounter != nullptr) {
     QV_REFCOUNTER_ASSERT(other.m_pObject && other.m_pRefCounter);
   }
-  // The objects differ, so releasing first cannot destroy what other holds.
-  if (m_pRefCounter != nullptr) m_pRefCounter->Release();
+  // The new reference is taken before the old one is dropped: other may live
+  // inside the object that the release destroys (p = p->m_pNext), so it is
+  // read in full first and not touched after the release.
+  RefCounterProtocol* const pOldRefCounter = m_pRefCounter;
   if (other.m_pRefCounter != nullptr) other.m_pRefCounter->AddRef();
   m_pObject = other.m_pObject;
   m_pRefCounter = other.m_pRefCounter;
+  if (pOldRefCounter != nullptr) pOldRefCounter->Release();
   return *this;
 }
 
