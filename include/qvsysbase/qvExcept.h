@@ -30,21 +30,25 @@ inline constexpr const char* kOrvelVersion = "12.00";
 
 class QVSYSBASE_API ConstraintViolationException : public std::runtime_error {
  public:
+  // what() is "ConstraintViolationException".
   ConstraintViolationException();
 };
 
 class QVSYSBASE_API NullException : public std::runtime_error {
  public:
+  // what() is "NullException".
   NullException();
 };
 
 class QVSYSBASE_API InvalidValueException : public std::runtime_error {
  public:
+  // what() is "InvalidValueException".
   InvalidValueException();
 };
 
 class QVSYSBASE_API ClipboardFormatException : public std::runtime_error {
  public:
+  // what() is "ClipboardFormatException".
   ClipboardFormatException();
 };
 
