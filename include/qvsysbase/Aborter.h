@@ -17,9 +17,10 @@
 //     aborter.ReportProgress(step);
 //   }
 //
-// Thread-safety: thread-compatible. The aborted flag is a plain bool: an Abort()
-// from another thread relies on the single-byte write being seen eventually.
-// Callbacks run on the thread that calls the channel.
+// Thread-safety: thread-compatible, except for the aborted flag: Abort() and
+// IsAborted() (and Aborter::ReportProgress, which lowers the flag) may run on
+// different threads at once, and an Abort() from another thread is seen
+// eventually. Callbacks run on the thread that calls the channel.
 //
 // Ownership: a channel never owns its callbacks; the caller keeps them alive
 // while the channel is in use. Intentionally copyable: a copy shares the
@@ -27,6 +28,7 @@
 #ifndef QVSYSBASE_ABORTER_H_
 #define QVSYSBASE_ABORTER_H_
 
+#include <atomic>
 #include <string>
 
 #include "qvsysbase/Export.h"
@@ -43,6 +45,9 @@ class QVSYSBASE_API Aborter {
  public:
   // Not aborted, no callbacks.
   Aborter() = default;
+  // The copy shares the callbacks and takes the flag as it is now.
+  Aborter(const Aborter& other);
+  Aborter& operator=(const Aborter& other);
 
   // Store a callback; null silences the operation that uses it.
   void SetProgressCallback(QvCallbackProt_1<void, int>* pCallback);
@@ -61,7 +66,9 @@ class QVSYSBASE_API Aborter {
   void ChangeText(const std::wstring& text);
 
  private:
-  bool m_bAborted = false;
+  // Atomic because Abort() may come from another thread; one byte, as the plain
+  // flag it replaces.
+  std::atomic<bool> m_bAborted{false};
   QvCallbackProt_1<void, int>* m_pProgressCallback = nullptr;
   QvCallbackProt<void>* m_pUserAbortCallback = nullptr;
   QvCallbackProt_1<void, const std::wstring&>* m_pChangeTextCallback = nullptr;
@@ -74,6 +81,9 @@ class QVSYSBASE_API DualAborter {
  public:
   // Not aborted, no callbacks.
   DualAborter() = default;
+  // The copy shares the callbacks and takes the flag as it is now.
+  DualAborter(const DualAborter& other);
+  DualAborter& operator=(const DualAborter& other);
 
   // Store a callback; null silences the operation that uses it.
   void SetProgressCallback1(QvCallbackProt_1<void, int>* pCallback);
@@ -96,7 +106,7 @@ class QVSYSBASE_API DualAborter {
   void ChangeText2(const std::wstring& text);
 
  private:
-  bool m_bAborted = false;
+  std::atomic<bool> m_bAborted{false};  // as in Aborter
   QvCallbackProt_1<void, int>* m_pProgressCallback1 = nullptr;
   QvCallbackProt_1<void, int>* m_pProgressCallback2 = nullptr;
   QvCallbackProt<void>* m_pUserAbortCallback = nullptr;

@@ -1,9 +1,18 @@
 #include "qvsysbase/Aborter.h"
 
+#include <atomic>
 #include <utility>
 
 namespace qvsysbase {
 namespace {
+
+// The flag is only ever a yes/no that a polling computation must see sooner or
+// later; it orders no other data (a callback's state is the callback's own
+// business), so relaxed loads and stores are enough, and they compile to the
+// plain byte accesses the flag always had.
+static_assert(sizeof(std::atomic<bool>) == 1 && std::atomic<bool>::is_always_lock_free,
+              "the aborted flag stays a lock-free single byte");
+constexpr std::memory_order kFlagOrder = std::memory_order_relaxed;
 
 // A missing callback is not an error: the operation that would use it does nothing.
 template <typename Callback, typename... Args>
@@ -28,13 +37,27 @@ void Aborter::SetChangeTextCallback(QvCallbackProt_1<void, const std::wstring&>*
   m_pChangeTextCallback = pCallback;
 }
 
-void Aborter::Abort() { m_bAborted = true; }
-bool Aborter::IsAborted() const { return m_bAborted; }
+Aborter::Aborter(const Aborter& other)
+    : m_bAborted(other.m_bAborted.load(kFlagOrder)),
+      m_pProgressCallback(other.m_pProgressCallback),
+      m_pUserAbortCallback(other.m_pUserAbortCallback),
+      m_pChangeTextCallback(other.m_pChangeTextCallback) {}
+
+Aborter& Aborter::operator=(const Aborter& other) {
+  m_bAborted.store(other.m_bAborted.load(kFlagOrder), kFlagOrder);
+  m_pProgressCallback = other.m_pProgressCallback;
+  m_pUserAbortCallback = other.m_pUserAbortCallback;
+  m_pChangeTextCallback = other.m_pChangeTextCallback;
+  return *this;
+}
+
+void Aborter::Abort() { m_bAborted.store(true, kFlagOrder); }
+bool Aborter::IsAborted() const { return m_bAborted.load(kFlagOrder); }
 
 void Aborter::ReportProgress(int value) {
   // Deliberate: a report means the computation went on, so an abort it did not
   // act on before this point is dropped.
-  m_bAborted = false;
+  m_bAborted.store(false, kFlagOrder);
   CallIfSet(m_pProgressCallback, value);
 }
 void Aborter::CheckForUserAbort() { CallIfSet(m_pUserAbortCallback); }
@@ -59,8 +82,26 @@ void DualAborter::SetChangeTextCallback2(QvCallbackProt_1<void, const std::wstri
   m_pChangeTextCallback2 = pCallback;
 }
 
-void DualAborter::Abort() { m_bAborted = true; }
-bool DualAborter::IsAborted() const { return m_bAborted; }
+DualAborter::DualAborter(const DualAborter& other)
+    : m_bAborted(other.m_bAborted.load(kFlagOrder)),
+      m_pProgressCallback1(other.m_pProgressCallback1),
+      m_pProgressCallback2(other.m_pProgressCallback2),
+      m_pUserAbortCallback(other.m_pUserAbortCallback),
+      m_pChangeTextCallback1(other.m_pChangeTextCallback1),
+      m_pChangeTextCallback2(other.m_pChangeTextCallback2) {}
+
+DualAborter& DualAborter::operator=(const DualAborter& other) {
+  m_bAborted.store(other.m_bAborted.load(kFlagOrder), kFlagOrder);
+  m_pProgressCallback1 = other.m_pProgressCallback1;
+  m_pProgressCallback2 = other.m_pProgressCallback2;
+  m_pUserAbortCallback = other.m_pUserAbortCallback;
+  m_pChangeTextCallback1 = other.m_pChangeTextCallback1;
+  m_pChangeTextCallback2 = other.m_pChangeTextCallback2;
+  return *this;
+}
+
+void DualAborter::Abort() { m_bAborted.store(true, kFlagOrder); }
+bool DualAborter::IsAborted() const { return m_bAborted.load(kFlagOrder); }
 
 void DualAborter::ReportProgress1(int value) { CallIfSet(m_pProgressCallback1, value); }
 void DualAborter::ReportProgress2(int value) { CallIfSet(m_pProgressCallback2, value); }
