@@ -13,7 +13,12 @@
 //
 // Units keep no dynamically initialised statics of their own: everything that
 // needs construction at load is built here, so the order above is the only one.
-#include "LibraryHooks.h"
+//
+// This unit stands above the subsystems' layers: it alone includes every
+// subsystem's hooks, each declared in a private header of its own subsystem.
+#include "foundation/FoundationHooks.h"
+#include "numerics/NumericsHooks.h"
+#include "text/TextHooks.h"
 
 namespace qvsysbase::detail {
 namespace {

@@ -5,7 +5,7 @@
 #include <exception>
 #include <vector>
 
-#include "LibraryHooks.h"
+#include "foundation/FoundationHooks.h"
 #include "qvsysbase/qvExcept.h"
 
 QV_UNIT("Groupdestructor", "$Revision: #1 $")

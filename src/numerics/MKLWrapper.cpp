@@ -10,7 +10,7 @@
 #include <stdexcept>
 
 #include "FastKernels.h"
-#include "LibraryHooks.h"
+#include "NumericsHooks.h"
 #include "PlainKernels.h"
 #include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "LibraryHooks.h"
+#include "text/TextHooks.h"
 
 namespace qvsysbase::detail {
 namespace {
