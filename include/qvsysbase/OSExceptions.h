@@ -20,11 +20,17 @@
 //    body; when body faults on the calling thread, control returns to the call,
 //    which throws the translated exception. The fault handlers are installed
 //    for the duration of the call (and restored afterwards), the signal mask is
-//    restored. Limit: the frames between the fault and the call are abandoned,
-//    not unwound, so destructors of objects living in them do not run (memory
-//    they own leaks, locks they hold stay held). Keep guarded bodies to code
-//    whose state the caller can afford to lose after a fault, e.g. a
-//    computation over buffers the caller owns.
+//    restored. While its outermost guarded call runs, a thread also has an
+//    alternate signal stack of the library's (64 KiB, allocated at the thread's
+//    first guarded call and freed when the thread ends; the thread's previous
+//    alternate stack is back when the call ends), so a stack overflow in body
+//    arrives as "stack overflow", as often as it happens, and the thread goes
+//    on working: the guard page below the stack stays in place and catches the
+//    next overflow the same way. Limit: the frames between the fault and the
+//    call are abandoned, not unwound, so destructors of objects living in them
+//    do not run (memory they own leaks, locks they hold stay held). Keep
+//    guarded bodies to code whose state the caller can afford to lose after a
+//    fault, e.g. a computation over buffers the caller owns.
 //
 // 2. Throwing at the fault, with g++ only. While an OSExceptionScope is alive,
 //    a fault outside any guarded call throws the translated exception from the
@@ -34,14 +40,27 @@
 //    which only g++ honours; where it is missing (clang), the throw reaches a
 //    frame that cannot be unwound and the process ends in std::terminate.
 //
+// A fault that neither way takes, on a thread inside no guarded call while no
+// OSExceptionScope is alive (the handlers are installed for another thread's
+// guarded call), goes to the disposition that was in place before the
+// handlers: the previous handler runs (with its own mask and flags), or the
+// default action ends the process with the signal. An ignored fault signal
+// gets the default action too, as the system gives it to a fault it cannot
+// deliver; a fault signal merely sent (kill, raise) and ignored stays ignored.
+//
 // Limits of both: faults are translated on the thread that raised them only
-// while the handlers are installed; a stack overflow is not translated (the
-// handler has no stack left to run on) and ends the process as before; a fault
-// inside the C library's allocator or another non-reentrant routine leaves that
-// routine's state broken. Floating-point traps arrive only where the
-// application has unmasked them; by default IEEE arithmetic does not trap.
-// Under AddressSanitizer the handlers replace the sanitizer's fault report for
-// their lifetime (its default allow_user_segv_handler=1 permits it).
+// while the handlers are installed. A stack overflow is recognised by its
+// address, a memory fault within 1 MiB of the lowest address of the thread's
+// stack, and only inside a guarded call. Outside one it is not recognised:
+// where the thread has no alternate signal stack of its own no handler can run
+// and the process ends as before; where it has one, the overflow is handled as
+// any other memory fault. A fault inside the C library's allocator or another
+// non-reentrant routine leaves that routine's state broken. Floating-point
+// traps arrive only where the application has unmasked them; by default IEEE
+// arithmetic does not trap. Under AddressSanitizer the handlers replace the
+// sanitizer's fault report for their lifetime (its default
+// allow_user_segv_handler=1 permits it), and faults they do not take still
+// reach that report.
 //
 // Thread-safety: myOSExceptionsHandlerNoVCL and CallTranslatingOSExceptions
 // are thread-safe; each thread's faults go to that thread's innermost guarded

@@ -1,18 +1,22 @@
 // The fault translation table, and the POSIX bridge that brings signals to it.
 //
 // POSIX reports faults as signals. The bridge maps each synchronous fault signal
-// (with its si_code) to the fault code the table knows, then either jumps back to
-// the innermost guarded call of the faulting thread, which throws, or throws
-// from the signal handler itself (only meaningful for code compiled with
-// -fnon-call-exceptions). This is the only unit that knows about signals.
+// (with its si_code, and its address for a stack overflow) to the fault code the
+// table knows, then either jumps back to the innermost guarded call of the
+// faulting thread, which throws, or throws from the signal handler itself (only
+// meaningful for code compiled with -fnon-call-exceptions), or, when neither
+// applies, hands the fault to the disposition that was in place before ours.
+// The handlers' installation and the alternate stacks are in FaultSignals.
 #include "qvsysbase/OSExceptions.h"
 
+#include <atomic>
 #include <csetjmp>
 #include <csignal>
 #include <cstring>
-#include <iterator>
-#include <mutex>
+#include <optional>
 #include <stdexcept>
+
+#include "foundation/FaultSignals.h"
 
 namespace {
 
@@ -43,6 +47,7 @@ constexpr std::uint32_t kFloatUnderflow = 0xC0000093;
 constexpr std::uint32_t kIntegerDivideByZero = 0xC0000094;
 constexpr std::uint32_t kIntegerOverflow = 0xC0000095;
 constexpr std::uint32_t kPrivilegedInstruction = 0xC0000096;
+constexpr std::uint32_t kStackOverflow = 0xC00000FD;
 // A misaligned access has a code of its own, which the table leaves to the
 // catch-all text.
 constexpr std::uint32_t kDatatypeMisalignment = 0x80000002;
@@ -69,7 +74,7 @@ constexpr Translation kTranslations[] = {
     {kIntegerDivideByZero,   "integer divide by zero",   Kind::kRuntime},
     {kIntegerOverflow,       "integer overflow",         Kind::kOverflow},
     {kPrivilegedInstruction, "privileged instruction",   Kind::kRuntime},
-    {0xC00000FD,             "stack overflow",           Kind::kRuntime},
+    {kStackOverflow,         "stack overflow",           Kind::kRuntime},
     {0xC000013A,             "control C exit",           Kind::kRuntime},
     {0xC00002B4,             "float multiple faults",    Kind::kRuntime},
     {0xC00002B5,             "float multiple traps",     Kind::kRuntime},
@@ -100,11 +105,6 @@ bool IsDeclined(std::uint32_t code, std::uint32_t flags) {
 }
 
 // --- Signals to fault codes -------------------------------------------------
-
-// The synchronous fault signals. Asynchronous ones (SIGINT and the like) are
-// requests, not faults, and keep their dispositions.
-constexpr int kFaultSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL};
-constexpr std::size_t kFaultSignalCount = std::size(kFaultSignals);
 
 std::uint32_t FpeCode(int siCode) {
   switch (siCode) {
@@ -138,14 +138,14 @@ std::uint32_t IllCode(int siCode) {
                                                       : kIllegalInstruction;
 }
 
-std::uint32_t FaultCode(int signo, int siCode) {
+std::uint32_t FaultCode(int signo, const siginfo_t& info) {
   switch (signo) {
     case SIGFPE:
-      return FpeCode(siCode);
+      return FpeCode(info.si_code);
     case SIGBUS:
-      return BusCode(siCode);
+      return BusCode(info.si_code);
     case SIGILL:
-      return IllCode(siCode);
+      return IllCode(info.si_code);
     default:
       return kAccessViolation;
   }
@@ -164,49 +164,32 @@ struct Guard {
 // and the handler reads it without a TLS wrapper call.
 constinit thread_local Guard* t_innermostGuard = nullptr;
 
-// --- Handler installation ----------------------------------------------------
+// The OSExceptionScope objects alive. While there is one, a fault outside any
+// guarded call throws at the fault; otherwise it is not ours to translate.
+// Read by the handler, hence a lock-free atomic; sequentially consistent (the
+// default) because it changes twice per scope and nothing is gained by less.
+constinit std::atomic<int> g_scopeCount{0};
 
-// Installations are counted so that overlapping scopes and guarded calls on
-// several threads share one set of handlers; the first installs and saves the
-// previous dispositions, the last restores them.
-constinit std::mutex g_installMutex;
-constinit int g_installCount = 0;                                      // guarded by g_installMutex
-constinit struct sigaction g_previousActions[kFaultSignalCount] = {};  // guarded by g_installMutex
-
-void OnFault(int signo, siginfo_t* info, void* /*context*/) {
-  const std::uint32_t code = FaultCode(signo, info->si_code);
+void OnFault(int signo, siginfo_t* info, void* context) {
   if (Guard* guard = t_innermostGuard) {
-    guard->code = code;
+    // Only a guarded thread knows its stack's limit, and only there does the
+    // handler have a stack of its own to run on after an overflow.
+    guard->code = qvsysbase::detail::IsStackOverflow(signo, *info) ? kStackOverflow
+                                                                   : FaultCode(signo, *info);
     // Restores the signal mask saved by sigsetjmp, so the signal is deliverable
     // again even on kernels that ignore SA_NODEFER.
     siglongjmp(guard->env, 1);
   }
-  // No guarded call on this thread: throw at the fault. SA_NODEFER left the
-  // signal unblocked, so the next fault is delivered after this unwinds.
-  qvsysbase::OSExceptionRecord record{code, 0};
-  myOSExceptionsHandlerNoVCL(&record, nullptr, nullptr, nullptr);
-}
-
-void InstallHandlers() {
-  std::lock_guard<std::mutex> lock(g_installMutex);
-  if (g_installCount++ > 0) return;
-  struct sigaction action = {};
-  action.sa_sigaction = &OnFault;
-  // SA_NODEFER: a handler that throws never returns through sigreturn, which
-  // would otherwise be what unblocks the signal for the next fault.
-  action.sa_flags = SA_SIGINFO | SA_NODEFER;
-  sigemptyset(&action.sa_mask);
-  for (std::size_t i = 0; i < kFaultSignalCount; ++i) {
-    sigaction(kFaultSignals[i], &action, &g_previousActions[i]);
+  if (g_scopeCount.load() > 0) {
+    // Throw at the fault. SA_NODEFER left the signal unblocked, so the next
+    // fault is delivered after this unwinds.
+    qvsysbase::OSExceptionRecord record{FaultCode(signo, *info), 0};
+    myOSExceptionsHandlerNoVCL(&record, nullptr, nullptr, nullptr);
   }
-}
-
-void RestoreHandlers() {
-  std::lock_guard<std::mutex> lock(g_installMutex);
-  if (--g_installCount > 0) return;
-  for (std::size_t i = 0; i < kFaultSignalCount; ++i) {
-    sigaction(kFaultSignals[i], &g_previousActions[i], nullptr);
-  }
+  // This thread is in no guarded call and no scope asked for throwing: the
+  // handlers are installed for another thread's sake. The fault goes where it
+  // would have gone without us.
+  qvsysbase::detail::ChainToPreviousDisposition(signo, info, context);
 }
 
 // Links a guard as this thread's innermost for its lifetime.
@@ -226,8 +209,8 @@ class GuardLink {
 
 class Installation {
  public:
-  Installation() { InstallHandlers(); }
-  ~Installation() { RestoreHandlers(); }
+  Installation() { qvsysbase::detail::InstallFaultHandlers(&OnFault); }
+  ~Installation() { qvsysbase::detail::RestoreFaultHandlers(); }
   Installation(const Installation&) = delete;
   Installation& operator=(const Installation&) = delete;
 };
@@ -245,13 +228,23 @@ int myOSExceptionsHandlerNoVCL(void* exceptionRecord, void* /*establisherFrame*/
 
 namespace qvsysbase {
 
-OSExceptionScope::OSExceptionScope() { InstallHandlers(); }
-OSExceptionScope::~OSExceptionScope() { RestoreHandlers(); }
+OSExceptionScope::OSExceptionScope() {
+  ++g_scopeCount;
+  detail::InstallFaultHandlers(&OnFault);
+}
+OSExceptionScope::~OSExceptionScope() {
+  detail::RestoreFaultHandlers();
+  --g_scopeCount;
+}
 
 namespace detail {
 
 void CallGuarded(void (*body)(void*), void* context) {
   const Installation installation;
+  // The outermost guarded call of the thread gives it the alternate stack on
+  // which the handler can run after a stack overflow; nested calls share it.
+  std::optional<GuardedThreadStack> stack;
+  if (t_innermostGuard == nullptr) stack.emplace();
   Guard guard;
   const GuardLink link(guard);
   // savemask 1: the jump back restores the mask as it is here, whatever the
@@ -262,7 +255,8 @@ void CallGuarded(void (*body)(void*), void* context) {
   }
   const std::uint32_t code = guard.code;
   OSExceptionRecord record{code, 0};
-  // The link and the installation are undone by the unwinding of this throw.
+  // The link, the stack and the installation are undone by the unwinding of
+  // this throw.
   myOSExceptionsHandlerNoVCL(&record, nullptr, nullptr, nullptr);
 }
 
