@@ -26,7 +26,7 @@ namespace {
 class LibraryLifetime {
  public:
   LibraryLifetime() {
-    InitializeLocaleUnit();  // step 2
+    InitializeLocaleUnit();            // step 2
     InitializeGroupDestructionUnit();  // step 3
     // step 4: random streams (a later unit)
     InitializeKernelUnit();  // step 5
@@ -35,7 +35,7 @@ class LibraryLifetime {
     FinalizeKernelUnit();  // step 5
     // step 4: random streams (a later unit)
     FinalizeGroupDestructionUnit();  // step 3
-    FinalizeLocaleUnit();  // step 2
+    FinalizeLocaleUnit();            // step 2
   }
   LibraryLifetime(const LibraryLifetime&) = delete;
   LibraryLifetime& operator=(const LibraryLifetime&) = delete;

@@ -36,6 +36,21 @@
 
 namespace qvsysbase {
 
+namespace detail {
+// The aborted flag: a std::atomic<bool>, because Abort() may come from another
+// thread, that copies as the value it holds, so that the channels stay
+// copyable. One byte, as the plain flag it replaces.
+struct AbortedFlag : std::atomic<bool> {
+  using std::atomic<bool>::atomic;
+  AbortedFlag(const AbortedFlag& other)
+      : std::atomic<bool>(other.load(std::memory_order_relaxed)) {}
+  AbortedFlag& operator=(const AbortedFlag& other) {
+    store(other.load(std::memory_order_relaxed), std::memory_order_relaxed);
+    return *this;
+  }
+};
+}  // namespace detail
+
 // The channel with one progress bar and one status text.
 //
 // Every ReportProgress lowers the aborted flag before reporting, so an abort
@@ -45,9 +60,6 @@ class QVSYSBASE_API Aborter {
  public:
   // Not aborted, no callbacks.
   Aborter() = default;
-  // The copy shares the callbacks and takes the flag as it is now.
-  Aborter(const Aborter& other);
-  Aborter& operator=(const Aborter& other);
 
   // Store a callback; null silences the operation that uses it.
   void SetProgressCallback(QvCallbackProt_1<void, int>* pCallback);
@@ -66,9 +78,7 @@ class QVSYSBASE_API Aborter {
   void ChangeText(const std::wstring& text);
 
  private:
-  // Atomic because Abort() may come from another thread; one byte, as the plain
-  // flag it replaces.
-  std::atomic<bool> m_bAborted{false};
+  detail::AbortedFlag m_bAborted{false};
   QvCallbackProt_1<void, int>* m_pProgressCallback = nullptr;
   QvCallbackProt<void>* m_pUserAbortCallback = nullptr;
   QvCallbackProt_1<void, const std::wstring&>* m_pChangeTextCallback = nullptr;
@@ -81,9 +91,6 @@ class QVSYSBASE_API DualAborter {
  public:
   // Not aborted, no callbacks.
   DualAborter() = default;
-  // The copy shares the callbacks and takes the flag as it is now.
-  DualAborter(const DualAborter& other);
-  DualAborter& operator=(const DualAborter& other);
 
   // Store a callback; null silences the operation that uses it.
   void SetProgressCallback1(QvCallbackProt_1<void, int>* pCallback);
@@ -106,7 +113,7 @@ class QVSYSBASE_API DualAborter {
   void ChangeText2(const std::wstring& text);
 
  private:
-  std::atomic<bool> m_bAborted{false};  // as in Aborter
+  detail::AbortedFlag m_bAborted{false};
   QvCallbackProt_1<void, int>* m_pProgressCallback1 = nullptr;
   QvCallbackProt_1<void, int>* m_pProgressCallback2 = nullptr;
   QvCallbackProt<void>* m_pUserAbortCallback = nullptr;

@@ -10,7 +10,7 @@ namespace {
 // later; it orders no other data (a callback's state is the callback's own
 // business), so relaxed loads and stores are enough, and they compile to the
 // plain byte accesses the flag always had.
-static_assert(sizeof(std::atomic<bool>) == 1 && std::atomic<bool>::is_always_lock_free,
+static_assert(sizeof(detail::AbortedFlag) == 1 && detail::AbortedFlag::is_always_lock_free,
               "the aborted flag stays a lock-free single byte");
 constexpr std::memory_order kFlagOrder = std::memory_order_relaxed;
 
@@ -35,20 +35,6 @@ void Aborter::SetUserAbortCallback(QvCallbackProt<void>* pCallback) {
 }
 void Aborter::SetChangeTextCallback(QvCallbackProt_1<void, const std::wstring&>* pCallback) {
   m_pChangeTextCallback = pCallback;
-}
-
-Aborter::Aborter(const Aborter& other)
-    : m_bAborted(other.m_bAborted.load(kFlagOrder)),
-      m_pProgressCallback(other.m_pProgressCallback),
-      m_pUserAbortCallback(other.m_pUserAbortCallback),
-      m_pChangeTextCallback(other.m_pChangeTextCallback) {}
-
-Aborter& Aborter::operator=(const Aborter& other) {
-  m_bAborted.store(other.m_bAborted.load(kFlagOrder), kFlagOrder);
-  m_pProgressCallback = other.m_pProgressCallback;
-  m_pUserAbortCallback = other.m_pUserAbortCallback;
-  m_pChangeTextCallback = other.m_pChangeTextCallback;
-  return *this;
 }
 
 void Aborter::Abort() { m_bAborted.store(true, kFlagOrder); }
@@ -80,24 +66,6 @@ void DualAborter::SetChangeTextCallback1(QvCallbackProt_1<void, const std::wstri
 }
 void DualAborter::SetChangeTextCallback2(QvCallbackProt_1<void, const std::wstring&>* pCallback) {
   m_pChangeTextCallback2 = pCallback;
-}
-
-DualAborter::DualAborter(const DualAborter& other)
-    : m_bAborted(other.m_bAborted.load(kFlagOrder)),
-      m_pProgressCallback1(other.m_pProgressCallback1),
-      m_pProgressCallback2(other.m_pProgressCallback2),
-      m_pUserAbortCallback(other.m_pUserAbortCallback),
-      m_pChangeTextCallback1(other.m_pChangeTextCallback1),
-      m_pChangeTextCallback2(other.m_pChangeTextCallback2) {}
-
-DualAborter& DualAborter::operator=(const DualAborter& other) {
-  m_bAborted.store(other.m_bAborted.load(kFlagOrder), kFlagOrder);
-  m_pProgressCallback1 = other.m_pProgressCallback1;
-  m_pProgressCallback2 = other.m_pProgressCallback2;
-  m_pUserAbortCallback = other.m_pUserAbortCallback;
-  m_pChangeTextCallback1 = other.m_pChangeTextCallback1;
-  m_pChangeTextCallback2 = other.m_pChangeTextCallback2;
-  return *this;
 }
 
 void DualAborter::Abort() { m_bAborted.store(true, kFlagOrder); }

@@ -166,7 +166,8 @@ GuardedThreadStack::~GuardedThreadStack() {
 bool IsStackOverflow(int signo, const siginfo_t& info) {
   if ((signo != SIGSEGV && signo != SIGBUS) || t_stackLow == 0) return false;
   const auto address = reinterpret_cast<std::uintptr_t>(info.si_addr);
-  const std::uintptr_t distance = address > t_stackLow ? address - t_stackLow : t_stackLow - address;
+  const std::uintptr_t distance =
+      address > t_stackLow ? address - t_stackLow : t_stackLow - address;
   return distance < kOverflowReach;
 }
 

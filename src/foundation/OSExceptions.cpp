@@ -174,8 +174,8 @@ void OnFault(int signo, siginfo_t* info, void* context) {
   if (Guard* guard = t_innermostGuard) {
     // Only a guarded thread knows its stack's limit, and only there does the
     // handler have a stack of its own to run on after an overflow.
-    guard->code = qvsysbase::detail::IsStackOverflow(signo, *info) ? kStackOverflow
-                                                                   : FaultCode(signo, *info);
+    guard->code =
+        qvsysbase::detail::IsStackOverflow(signo, *info) ? kStackOverflow : FaultCode(signo, *info);
     // Restores the signal mask saved by sigsetjmp, so the signal is deliverable
     // again even on kernels that ignore SA_NODEFER.
     siglongjmp(guard->env, 1);

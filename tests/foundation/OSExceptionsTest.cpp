@@ -255,25 +255,27 @@ TEST(OSExceptionsDeathTest, UnguardedFaultsReachThePreviousDisposition) {
     std::function<bool(int)> expected;
     const char* output;
   } rows[] = {
-      {"handler with info", Disposition(nullptr, &ExitWhenGivenTheFault), &WriteInvalid,
+      // clang-format off
+      {"handler with info", Disposition(nullptr, &ExitWhenGivenTheFault),  &WriteInvalid,
        ::testing::ExitedWithCode(42), ""},
-      {"plain handler", Disposition(&ExitWhenGivenTheSignal, nullptr), &WriteInvalid,
+      {"plain handler",     Disposition(&ExitWhenGivenTheSignal, nullptr), &WriteInvalid,
        ::testing::ExitedWithCode(43), ""},
-      {"default", Disposition(SIG_DFL, nullptr), &WriteInvalid, ::testing::KilledBySignal(SIGSEGV),
-       ""},
+      {"default",           Disposition(SIG_DFL, nullptr),                 &WriteInvalid,
+       ::testing::KilledBySignal(SIGSEGV), ""},
       // A fault cannot be ignored: it gets the default action, as the kernel
       // gives it where no handler runs; a signal merely sent stays ignored.
-      {"ignored fault", Disposition(SIG_IGN, nullptr), &WriteInvalid,
+      {"ignored fault",     Disposition(SIG_IGN, nullptr),                 &WriteInvalid,
        ::testing::KilledBySignal(SIGSEGV), ""},
-      {"ignored signal", Disposition(SIG_IGN, nullptr), &SendSegv, ::testing::ExitedWithCode(0),
-       "went on"},
-      {"default, signal", Disposition(SIG_DFL, nullptr), &SendSegv,
+      {"ignored signal",    Disposition(SIG_IGN, nullptr),                 &SendSegv,
+       ::testing::ExitedWithCode(0), "went on"},
+      {"default, signal",   Disposition(SIG_DFL, nullptr),                 &SendSegv,
        ::testing::KilledBySignal(SIGSEGV), ""},
+      // clang-format on
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
-    EXPECT_EXIT(UnguardedFaultBesideAGuardedCall(row.previous, row.fault), row.expected,
-                row.output);
+    EXPECT_EXIT(
+        UnguardedFaultBesideAGuardedCall(row.previous, row.fault), row.expected, row.output);
   }
 }
 

@@ -51,7 +51,8 @@ TEST(RefCounterProtImpTest, LastReleaseDeletesSafeReleaseNeverDoesCopiesStartUnr
   EXPECT_EQ(g_nDestroyed, 4);  // the external counter went with its object
 }
 
-TEST(RefCounterProtImpTest, AssignmentTakesTheNewReferenceBeforeReleasingTheOldAndSkipsTheSameObject) {
+TEST(RefCounterProtImpTest,
+     AssignmentTakesTheNewReferenceBeforeReleasingTheOldAndSkipsTheSameObject) {
   std::string log;
   LogCounter a(&log, 'a'), b(&log, 'b');
   int x = 0, y = 0;
