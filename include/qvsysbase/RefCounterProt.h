@@ -151,9 +151,10 @@ class SmartRefCountedPtr {
   SmartRefCountedPtr(T* pObject, RefCounterProtocol* pRefCounter);
   SmartRefCountedPtr(const SmartRefCountedPtr& other);
   // Assigning a pointer to the same object is free (no counter is called).
-  // Otherwise other's counter gains a reference before this pointer's old
-  // counter loses one, so other may be a pointer held by the object this one
-  // releases.
+  // Otherwise this pointer's old counter loses its reference first, then
+  // other's counter gains one. Releasing first is unsafe when other lives
+  // inside the object the release destroys (p = p->m_pNext on the last
+  // reference to *p): copy such a pointer into a local first.
   // REQUIRES: other.m_pRefCounter == m_pRefCounter (same object)
   // REQUIRES: other.m_pObject && other.m_pRefCounter (different object, unless
   // other is empty)
@@ -238,14 +239,13 @@ SmartRefCountedPtr<T>& SmartRefCountedPtr<T>::operator=(const SmartRefCountedPtr
   if (other.m_pObject != nullptr || other.m_pRefCounter != nullptr) {
     QV_REFCOUNTER_ASSERT(other.m_pObject && other.m_pRefCounter);
   }
-  // The new reference is taken before the old one is dropped: other may live
-  // inside the object that the release destroys (p = p->m_pNext), so it is
-  // read in full first and not touched after the release.
-  RefCounterProtocol* const pOldRefCounter = m_pRefCounter;
+  // The counter calls keep their documented order, release before AddRef.
+  // That is safe only while other outlives the release; a pointer held by the
+  // released object does not (see the declaration).
+  if (m_pRefCounter != nullptr) m_pRefCounter->Release();
   if (other.m_pRefCounter != nullptr) other.m_pRefCounter->AddRef();
   m_pObject = other.m_pObject;
   m_pRefCounter = other.m_pRefCounter;
-  if (pOldRefCounter != nullptr) pOldRefCounter->Release();
   return *this;
 }
 
