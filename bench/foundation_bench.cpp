@@ -2,22 +2,23 @@
 // linking and unlinking as the registry grows.
 //
 // FireEvent/N fires one sender with N linked receivers while 10,000 other
-// senders, each with a receiver, share the registry. In the same iteration the
-// same number of handler calls goes through a Boost.Signals2 signal with N slots
-// (default locking) and one with a dummy mutex (no locking, as our registry).
-// The counters give nanoseconds per delivered call for each and the ratios
-// qv/boost; batches alternate so that load on the machine hits all alike.
+// senders, each with a receiver, share the registry; the baseline delivers the
+// same number of handler calls through a Boost.Signals2 signal with N slots,
+// with its default locking ("boost") or a dummy mutex ("boost_nolock", no
+// locking, as our registry). One iteration is one batch of about 8192 calls.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <boost/signals2.hpp>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "RatioReporter.h"
 #include "qvsysbase/SenderReceiver.h"
 
 namespace qvsysbase {
@@ -52,102 +53,134 @@ constexpr std::size_t kOtherSenders = 10000;
 // Calls per timed batch: large enough that the clock reads are noise.
 constexpr std::size_t kCallsPerBatch = 8192;
 
-template <typename Fn>
-double TimeBatch(std::size_t nFires, Fn&& fire) {
-  const auto start = std::chrono::steady_clock::now();
-  for (std::size_t i = 0; i < nFires; ++i) fire();
-  return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count();
-}
-
-void BM_FireEvent(benchmark::State& state) {
-  const auto nReceivers = static_cast<std::size_t>(state.range(0));
-  const std::size_t nFires = std::max<std::size_t>(1, kCallsPerBatch / nReceivers);
-
-  // Crowd: other senders and signals, each with one receiver.
-  std::vector<QvSender> others(kOtherSenders);
-  std::vector<Counter> otherReceivers(kOtherSenders);
-  std::vector<LockedSignal> otherSignals(kOtherSenders);
-  for (std::size_t i = 0; i < kOtherSenders; ++i) {
-    otherReceivers[i].AddSenderLink(&others[i]);
-    otherSignals[i].connect(Forward{&otherReceivers[i]});
+// Both worlds of FireEvent/N, built once for every run of its pairs.
+struct FireWorld {
+  explicit FireWorld(std::size_t nReceivers)
+      : others(kOtherSenders),
+        otherReceivers(kOtherSenders),
+        otherSignals(kOtherSenders),
+        qvReceivers(nReceivers),
+        boostReceivers(nReceivers),
+        nFires(std::max<std::size_t>(1, kCallsPerBatch / nReceivers)) {
+    // Crowd: other senders and signals, each with one receiver.
+    for (std::size_t i = 0; i < kOtherSenders; ++i) {
+      otherReceivers[i].AddSenderLink(&others[i]);
+      otherSignals[i].connect(Forward{&otherReceivers[i]});
+    }
+    for (std::size_t i = 0; i < nReceivers; ++i) {
+      qvReceivers[i].AddSenderLink(&sender);
+      locked.connect(Forward{&boostReceivers[i]});
+      unlocked.connect(Forward{&boostReceivers[i]});
+    }
   }
-
+  std::vector<QvSender> others;
+  std::vector<Counter> otherReceivers;
+  std::vector<LockedSignal> otherSignals;
   QvSender sender;
   LockedSignal locked;
   UnlockedSignal unlocked;
-  std::vector<Counter> qvReceivers(nReceivers), boostReceivers(nReceivers);
-  for (std::size_t i = 0; i < nReceivers; ++i) {
-    qvReceivers[i].AddSenderLink(&sender);
-    locked.connect(Forward{&boostReceivers[i]});
-    unlocked.connect(Forward{&boostReceivers[i]});
-  }
+  std::vector<Counter> qvReceivers, boostReceivers;
+  std::size_t nFires;
+};
 
-  double qvNs = 0, lockedNs = 0, unlockedNs = 0;
-  bool bQvFirst = true;
-  auto fireQv = [&] { sender.FireEvent(NT::NT_CHANGED, NT::NH_NONE); };
-  auto fireLocked = [&] { locked(NT::NT_CHANGED, NT::NH_NONE, &sender); };
-  auto fireUnlocked = [&] { unlocked(NT::NT_CHANGED, NT::NH_NONE, &sender); };
-  for (auto _ : state) {
-    if (bQvFirst) qvNs += TimeBatch(nFires, fireQv);
-    lockedNs += TimeBatch(nFires, fireLocked);
-    unlockedNs += TimeBatch(nFires, fireUnlocked);
-    if (!bQvFirst) qvNs += TimeBatch(nFires, fireQv);
-    bQvFirst = !bQvFirst;
-  }
-
-  const double nCalls = static_cast<double>(state.iterations() * nFires * nReceivers);
-  state.counters["qv_ns"] = qvNs / nCalls;
-  state.counters["boost_ns"] = lockedNs / nCalls;
-  state.counters["boost_nolock_ns"] = unlockedNs / nCalls;
-  state.counters["qv/boost"] = qvNs / lockedNs;
-  state.counters["qv/boost_nolock"] = qvNs / unlockedNs;
-  benchmark::DoNotOptimize(qvReceivers.front().m_nCalls);
-  benchmark::DoNotOptimize(boostReceivers.front().m_nCalls);
+FireWorld& FireWorldOf(std::size_t nReceivers) {
+  static std::map<std::size_t, std::unique_ptr<FireWorld>> worlds;
+  auto& world = worlds[nReceivers];
+  if (!world) world = std::make_unique<FireWorld>(nReceivers);
+  return *world;
 }
-BENCHMARK(BM_FireEvent)->Arg(1)->Arg(100)->Arg(10000)->UseRealTime();
+
+enum class Fire { kQv, kLocked, kUnlocked };
+
+void FireBatches(benchmark::State& state, std::size_t nReceivers, Fire which) {
+  FireWorld& w = FireWorldOf(nReceivers);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < w.nFires; ++i) {
+      switch (which) {
+        case Fire::kQv: w.sender.FireEvent(NT::NT_CHANGED, NT::NH_NONE); break;
+        case Fire::kLocked: w.locked(NT::NT_CHANGED, NT::NH_NONE, &w.sender); break;
+        case Fire::kUnlocked: w.unlocked(NT::NT_CHANGED, NT::NH_NONE, &w.sender); break;
+      }
+    }
+  }
+  benchmark::DoNotOptimize(w.qvReceivers.front().m_nCalls);
+  benchmark::DoNotOptimize(w.boostReceivers.front().m_nCalls);
+}
 
 // Unlinks and relinks one link at a time with `n` senders each linked to one
 // receiver, beside the same erase and insert on a std::map of `n` entries keyed
 // like the registry's links (a yardstick for O(log n) at this size and access
 // pattern). The links are visited with a step of 1 (neighbours: the tree paths
 // stay in cache) or a large prime (far apart: each level may miss the cache).
-void BM_LinkUnlink(benchmark::State& state) {
-  const auto n = static_cast<std::size_t>(state.range(0));
-  const auto nStep = static_cast<std::size_t>(state.range(1));
-  constexpr std::size_t kOpsPerBatch = 1024;
-  std::vector<QvSender> senders(n);
-  std::vector<Counter> receivers(n);
+// One iteration is 1024 steps, each an unlink and a link (an erase and an insert).
+struct LinkWorld {
+  explicit LinkWorld(std::size_t n) : senders(n), receivers(n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      receivers[i].AddSenderLink(&senders[i]);
+      yardstick.emplace(std::pair(&receivers[i], &senders[i]), nullptr);
+    }
+  }
+  std::vector<QvSender> senders;
+  std::vector<Counter> receivers;
   std::map<std::pair<const void*, const void*>, void*> yardstick;
-  for (std::size_t i = 0; i < n; ++i) {
-    receivers[i].AddSenderLink(&senders[i]);
-    yardstick.emplace(std::pair(&receivers[i], &senders[i]), nullptr);
-  }
+};
 
-  std::size_t iQv = 0, iMap = 0;
-  double qvNs = 0, mapNs = 0;
-  for (auto _ : state) {
-    qvNs += TimeBatch(kOpsPerBatch, [&] {
-      iQv = (iQv + nStep) % n;
-      receivers[iQv].RemoveSenderLink(&senders[iQv]);
-      receivers[iQv].AddSenderLink(&senders[iQv]);
-    });
-    mapNs += TimeBatch(kOpsPerBatch, [&] {
-      iMap = (iMap + nStep) % n;
-      const std::pair<const void*, const void*> key(&receivers[iMap], &senders[iMap]);
-      yardstick.erase(key);
-      yardstick.emplace(key, nullptr);
-    });
-  }
-  // Two operations (an unlink and a link, an erase and an insert) per step.
-  const double nOps = static_cast<double>(state.iterations() * kOpsPerBatch * 2);
-  state.counters["qv_ns_per_op"] = qvNs / nOps;
-  state.counters["map_ns_per_op"] = mapNs / nOps;
-  state.counters["qv/map"] = qvNs / mapNs;
+LinkWorld& LinkWorldOf(std::size_t n) {
+  static std::map<std::size_t, std::unique_ptr<LinkWorld>> worlds;
+  auto& world = worlds[n];
+  if (!world) world = std::make_unique<LinkWorld>(n);
+  return *world;
 }
-BENCHMARK(BM_LinkUnlink)
-    ->ArgsProduct({{1000, 10000, 100000}, {1, 7919}})
-    ->ArgNames({"links", "step"})
-    ->UseRealTime();
+
+constexpr std::size_t kStepsPerBatch = 1024;
+
+void RelinkQv(benchmark::State& state, std::size_t n, std::size_t step) {
+  LinkWorld& w = LinkWorldOf(n);
+  std::size_t i = 0;
+  for (auto _ : state) {
+    for (std::size_t k = 0; k < kStepsPerBatch; ++k) {
+      i = (i + step) % n;
+      w.receivers[i].RemoveSenderLink(&w.senders[i]);
+      w.receivers[i].AddSenderLink(&w.senders[i]);
+    }
+  }
+}
+
+void RelinkMap(benchmark::State& state, std::size_t n, std::size_t step) {
+  LinkWorld& w = LinkWorldOf(n);
+  std::size_t i = 0;
+  for (auto _ : state) {
+    for (std::size_t k = 0; k < kStepsPerBatch; ++k) {
+      i = (i + step) % n;
+      const std::pair<const void*, const void*> key(&w.receivers[i], &w.senders[i]);
+      w.yardstick.erase(key);
+      w.yardstick.emplace(key, nullptr);
+    }
+  }
+}
 
 }  // namespace
 }  // namespace qvsysbase
+
+int main(int argc, char** argv) {
+  using namespace qvsysbase;
+  for (const std::size_t n : {1, 100, 10000}) {
+    const std::string name = "FireEvent/" + std::to_string(n);
+    auto qv = [n](benchmark::State& s) { FireBatches(s, n, Fire::kQv); };
+    qvbench::AddPair(name + "/boost", qv, [n](benchmark::State& s) {
+      FireBatches(s, n, Fire::kLocked);
+    });
+    qvbench::AddPair(name + "/boost_nolock", qv, [n](benchmark::State& s) {
+      FireBatches(s, n, Fire::kUnlocked);
+    });
+  }
+  for (const std::size_t n : {1000, 10000, 100000}) {
+    for (const std::size_t step : {1, 7919}) {
+      qvbench::AddPair(
+          "LinkUnlink/links:" + std::to_string(n) + "/step:" + std::to_string(step),
+          [n, step](benchmark::State& s) { RelinkQv(s, n, step); },
+          [n, step](benchmark::State& s) { RelinkMap(s, n, step); });
+    }
+  }
+  return qvbench::RunPairs(argc, argv);
+}

@@ -1,17 +1,18 @@
 // The matrix kernels against the BLAS/LAPACK calls they wrap, side by side in one
-// process: the general product at order 1000 and the Cholesky inverse at order 500.
-// The adapters should cost nothing measurable; each pair reports the kernel's
-// time over the direct call's as the counter "ratio".
+// process: the general product at order 1000 and the Cholesky inverse at order 500,
+// on one BLAS thread. The adapters should cost nothing measurable: the ratio
+// kernel/direct should be 1.
 #include <benchmark/benchmark.h>
 #include <cblas.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "RatioReporter.h"
 #include "numerics/LapackDecl.h"
 #include "numerics/MatrixKernels.h"
+#include "qvsysbase/IntelSPLHandler.h"
 
 namespace {
 
@@ -30,29 +31,6 @@ struct ProductOperands {
   std::vector<double> a, b, c;
 };
 
-void MultiplyWithKernel(ProductOperands& m) {
-  const int n = kProductOrder;
-  qvsysbase::detail::mklMatrixMultiply(m.a.data(), n, n, n, m.b.data(), n, n, m.c.data(), n);
-}
-
-void MultiplyDirectly(ProductOperands& m) {
-  const int n = kProductOrder;
-  cblas_dgemm(CblasRowMajor,
-              CblasNoTrans,
-              CblasTrans,
-              n,
-              n,
-              n,
-              1.0,
-              m.a.data(),
-              n,
-              m.b.data(),
-              n,
-              0.0,
-              m.c.data(),
-              n);
-}
-
 // A symmetric, diagonally dominant (so positive-definite) source and a work copy,
 // both touched; every iteration restores the work copy with the same memcpy in
 // both arms, since the inverse overwrites its input.
@@ -69,74 +47,81 @@ struct InverseOperands {
   std::vector<double> source, work;
 };
 
-void InvertWithKernel(InverseOperands& m) {
-  m.Restore();
-  bool ok = qvsysbase::detail::mklCholInverseInplace(m.work.data(), kInverseOrder, kInverseOrder);
-  benchmark::DoNotOptimize(ok);
-}
-
-void InvertDirectly(InverseOperands& m) {
-  const int n = kInverseOrder;
-  m.Restore();
-  int info = 0;
-  dpotrf_("U", &n, m.work.data(), &n, &info, 1);
-  if (info == 0) dpotri_("U", &n, m.work.data(), &n, &info, 1);
-  benchmark::DoNotOptimize(info);
-}
-
-// Seconds one call of `arm` takes on `operands`.
+// The operands of each order, made once for every run of both arms.
 template <typename Operands>
-double TimeOnce(void (*arm)(Operands&), Operands& operands) {
-  const auto start = std::chrono::steady_clock::now();
-  arm(operands);
-  benchmark::ClobberMemory();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+Operands& Shared() {
+  static Operands operands;
+  return operands;
 }
 
-// Runs the kernel and the direct call in every iteration, alternating which goes
-// first, so that load from other processes falls on both arms alike. The
-// reported time is the kernel's; the counters give both arms' mean times in
-// milliseconds and their ratio.
-template <typename Operands>
-void Pair(benchmark::State& state, void (*kernel)(Operands&), void (*direct)(Operands&)) {
-  Operands operands;
-  double kernelTotal = 0.0, directTotal = 0.0;
-  bool kernelFirst = true;
+void MultiplyWithKernel(benchmark::State& state) {
+  auto& m = Shared<ProductOperands>();
+  const int n = kProductOrder;
   for (auto _ : state) {
-    double k = 0.0, d = 0.0;
-    if (kernelFirst) {
-      k = TimeOnce(kernel, operands);
-      d = TimeOnce(direct, operands);
-    } else {
-      d = TimeOnce(direct, operands);
-      k = TimeOnce(kernel, operands);
-    }
-    kernelFirst = !kernelFirst;
-    kernelTotal += k, directTotal += d;
-    state.SetIterationTime(k);
+    qvsysbase::detail::mklMatrixMultiply(m.a.data(), n, n, n, m.b.data(), n, n, m.c.data(), n);
+    benchmark::ClobberMemory();
   }
-  const double iterations = static_cast<double>(state.iterations());
-  state.counters["kernel_ms"] = 1e3 * kernelTotal / iterations;
-  state.counters["direct_ms"] = 1e3 * directTotal / iterations;
-  state.counters["ratio"] = kernelTotal / directTotal;
 }
 
-void BM_mklMatrixMultiply_vs_cblas_dgemm(benchmark::State& state) {
-  Pair<ProductOperands>(state, &MultiplyWithKernel, &MultiplyDirectly);
-}
-void BM_mklCholInverseInplace_vs_dpotrf_dpotri(benchmark::State& state) {
-  Pair<InverseOperands>(state, &InvertWithKernel, &InvertDirectly);
+void MultiplyDirectly(benchmark::State& state) {
+  auto& m = Shared<ProductOperands>();
+  const int n = kProductOrder;
+  for (auto _ : state) {
+    cblas_dgemm(CblasRowMajor,
+                CblasNoTrans,
+                CblasTrans,
+                n,
+                n,
+                n,
+                1.0,
+                m.a.data(),
+                n,
+                m.b.data(),
+                n,
+                0.0,
+                m.c.data(),
+                n);
+    benchmark::ClobberMemory();
+  }
 }
 
-// Manual time: only the timed calls count, not the other arm. Repetitions show
-// how much the shared machine moves the figures.
-BENCHMARK(BM_mklMatrixMultiply_vs_cblas_dgemm)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime()
-    ->Repetitions(5);
-BENCHMARK(BM_mklCholInverseInplace_vs_dpotrf_dpotri)
-    ->Unit(benchmark::kMillisecond)
-    ->UseManualTime()
-    ->Repetitions(5);
+void InvertWithKernel(benchmark::State& state) {
+  auto& m = Shared<InverseOperands>();
+  for (auto _ : state) {
+    m.Restore();
+    bool ok = qvsysbase::detail::mklCholInverseInplace(m.work.data(), kInverseOrder, kInverseOrder);
+    benchmark::DoNotOptimize(ok);
+  }
+}
+
+void InvertDirectly(benchmark::State& state) {
+  auto& m = Shared<InverseOperands>();
+  const int n = kInverseOrder;
+  for (auto _ : state) {
+    m.Restore();
+    int info = 0;
+    dpotrf_("U", &n, m.work.data(), &n, &info, 1);
+    if (info == 0) dpotri_("U", &n, m.work.data(), &n, &info, 1);
+    benchmark::DoNotOptimize(info);
+  }
+}
+
+// The restore alone, taken off both inverse arms.
+void RestoreOnly(benchmark::State& state) {
+  auto& m = Shared<InverseOperands>();
+  for (auto _ : state) {
+    m.Restore();
+    benchmark::ClobberMemory();
+  }
+}
 
 }  // namespace
+
+int main(int argc, char** argv) {
+  using H = qvsysbase::IntelSPLHandler;
+  H::setIntelSPLMode(H::SplModeMKL, 1);
+  qvbench::AddPair("mklMatrixMultiply:cblas_dgemm/1000", &MultiplyWithKernel, &MultiplyDirectly);
+  qvbench::AddPair("mklCholInverseInplace:dpotrf_dpotri/500", &InvertWithKernel, &InvertDirectly)
+      .Overhead(&RestoreOnly);
+  return qvbench::RunPairs(argc, argv);
+}

@@ -1,25 +1,26 @@
-// Kernel dispatch: each elementwise slot in mode 1 ("fast") against the plain set
-// ("plain") and against the routine the fast slot wraps, called directly
-// ("direct": the BLAS call, the unchecked SLEEF loop or the same plain loop), at
-// three sizes in one process. After the runs a table gives plain/fast (the
-// speed-up of the fast set) and fast/direct (what the dispatch and the status
-// checks cost).
+// Kernel dispatch: each elementwise slot in mode 1 ("fast") against the routine
+// the fast slot wraps, called directly ("direct": the BLAS call, the unchecked
+// SLEEF loop or the same plain loop), and the plain set ("plain") against the
+// fast one, at three sizes. Pairs are named "<slot>/<n>/fast:direct" and
+// "<slot>/<n>/plain:fast"; the table's ratio is then fast/direct (what the
+// dispatch and the status checks cost) or plain/fast (the speed-up of the fast
+// set).
 //
 // exp and log cannot be applied to their own results for long, so those two
-// restore their input from a pristine copy before every call; the copy is
-// timed alone ("restore") and taken off all three variants in the table.
+// restore their input from a pristine copy before every call; the copy is the
+// pair's overhead arm, taken off both arms.
 #include <benchmark/benchmark.h>
 #include <cblas.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <string>
-#include <vector>
 
+#include "RatioReporter.h"
 #include "VectorMathDirect.h"
 #include "qvsysbase/IntelSPLHandler.h"
 
@@ -185,75 +186,40 @@ const Case kCases[] = {
 // clang-format on
 
 enum Variant { kFast, kPlain, kDirect, kRestoreOnly };
-const char* const kVariantNames[] = {"fast", "plain", "direct", "restore"};
 
-void RunCase(benchmark::State& state, const Case* c, Variant variant, int n) {
-  Buffers b(n);
+// One set of buffers per size, filled (so touched) once and shared by every run.
+Buffers& BuffersFor(int n) {
+  static std::map<int, std::unique_ptr<Buffers>> buffers;
+  auto& b = buffers[n];
+  if (!b) b = std::make_unique<Buffers>(n);
+  return *b;
+}
+
+void RunArm(benchmark::State& state, const Case& c, Variant variant, int n) {
+  Buffers& b = BuffersFor(n);
+  // Every run starts from the same operand, whatever the previous run left.
+  std::memcpy(b.d.get(), b.a.get(), sizeof(double) * n);
   // One BLAS thread for every variant, so that all of them run alike.
   H::setIntelSPLMode(variant == kPlain ? H::SplModeMKL : H::SplModePlain, 1);
   H::setIntelSPLMode(variant == kPlain ? H::SplModePlain : H::SplModeMKL, 1);
-  const Body body = variant == kDirect ? c->direct : c->viaSlot;
-  const double* pristine = c->restoreFrom != nullptr ? c->restoreFrom(b) : nullptr;
+  const Body body = variant == kDirect ? c.direct : c.viaSlot;
+  const double* pristine = c.restoreFrom != nullptr ? c.restoreFrom(b) : nullptr;
   for (auto _ : state) {
     if (pristine != nullptr) std::memcpy(b.d.get(), pristine, sizeof(double) * n);
     if (variant != kRestoreOnly) body(b, n);
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * n);
 }
 
-std::string Name(const char* slot, Variant variant, int n) {
-  return std::string(slot) + "/" + kVariantNames[variant] + "/" + std::to_string(n);
+qvbench::Body Arm(const Case& c, Variant variant, int n) {
+  return [&c, variant, n](benchmark::State& state) { RunArm(state, c, variant, n); };
 }
 
-// Keeps each benchmark's fastest CPU time per iteration over its repetitions for
-// the ratio table: on a shared machine the minimum is the least disturbed.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration)
-        m_times[run.benchmark_name()] = run.GetAdjustedRealTime();
-    }
-    ConsoleReporter::ReportRuns(runs);
-  }
-  double Time(const std::string& name) const {
-    const auto it = m_times.find(name);
-    return it == m_times.end() ? NAN : it->second;
-  }
-
- private:
-  std::map<std::string, double> m_times;
-};
-
-void PrintRatios(const RatioReporter& times) {
-  std::printf("\nCPU ns per call, fastest repetition; exp and log net of the input restore.");
-  std::printf("\n%-22s %9s %12s %12s %12s %11s %11s\n",
-              "slot",
-              "n",
-              "fast ns",
-              "plain ns",
-              "direct ns",
-              "plain/fast",
-              "fast/direct");
-  for (const Case& c : kCases) {
-    for (const int n : kSizes) {
-      const double restore =
-          c.restoreFrom != nullptr ? times.Time(Name(c.slot, kRestoreOnly, n)) : 0;
-      const double fast = times.Time(Name(c.slot, kFast, n)) - restore;
-      const double plain = times.Time(Name(c.slot, kPlain, n)) - restore;
-      const double direct = times.Time(Name(c.slot, kDirect, n)) - restore;
-      if (std::isnan(fast + plain + direct)) continue;  // filtered out
-      std::printf("%-22s %9d %12.0f %12.0f %12.0f %11.2f %11.3f\n",
-                  c.slot,
-                  n,
-                  fast,
-                  plain,
-                  direct,
-                  plain / fast,
-                  fast / direct);
-    }
-  }
+void AddPair(const Case& c, int n, Variant library, Variant baseline, const char* suffix) {
+  auto& pair = qvbench::AddPair(std::string(c.slot) + "/" + std::to_string(n) + "/" + suffix,
+                                Arm(c, library, n),
+                                Arm(c, baseline, n));
+  if (c.restoreFrom != nullptr) pair.Overhead(Arm(c, kRestoreOnly, n));
 }
 
 }  // namespace
@@ -261,17 +227,10 @@ void PrintRatios(const RatioReporter& times) {
 int main(int argc, char** argv) {
   for (const Case& c : kCases) {
     for (const int n : kSizes) {
-      for (const Variant v : {kFast, kPlain, kDirect, kRestoreOnly}) {
-        if (v == kRestoreOnly && c.restoreFrom == nullptr) continue;
-        benchmark::RegisterBenchmark(Name(c.slot, v, n).c_str(), &RunCase, &c, v, n);
-      }
+      AddPair(c, n, kFast, kDirect, "fast:direct");
+      AddPair(c, n, kPlain, kFast, "plain:fast");
     }
   }
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  PrintRatios(reporter);
-  benchmark::Shutdown();
-  return 0;
+  // 132 pairs: short runs keep the whole program to a few minutes.
+  return qvbench::RunPairs(argc, argv, {.minTimeSeconds = 0.05});
 }

@@ -2,8 +2,9 @@
 // memory: doubles one value at a time, and small objects each written as a
 // framed record (ours) or a plain sequence of members (cereal).
 //
-// Each benchmark reports per_value (seconds per double or per object); the ratios
-// ours / cereal are read off pairs with the same shape.
+// Each pair is ours (library) against cereal (baseline); the inputs are made
+// once and shared by every run, and each run's output buffers are filled before
+// its timed loop. Each run also reports per_value (seconds per double or object).
 #include <benchmark/benchmark.h>
 
 #include <cereal/archives/binary.hpp>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "RatioReporter.h"
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/StreamObject.h"
@@ -56,6 +58,12 @@ std::vector<double> MakeDoubles() {
   return values;
 }
 
+// The inputs, made once.
+std::vector<double>& Doubles() {
+  static std::vector<double> values = MakeDoubles();
+  return values;
+}
+
 std::string SaveDoubles(std::vector<double>& values) {
   SaveStream out;
   out.InitMemStream();
@@ -66,7 +74,7 @@ std::string SaveDoubles(std::vector<double>& values) {
 }
 
 void BM_Doubles_Write_Qv(benchmark::State& state) {
-  std::vector<double> values = MakeDoubles();
+  std::vector<double>& values = Doubles();
   for (auto _ : state) {
     SaveStream out;
     out.InitMemStream();
@@ -78,7 +86,7 @@ void BM_Doubles_Write_Qv(benchmark::State& state) {
 }
 
 void BM_Doubles_Write_Cereal(benchmark::State& state) {
-  const std::vector<double> values = MakeDoubles();
+  const std::vector<double>& values = Doubles();
   for (auto _ : state) {
     std::ostringstream os;
     {
@@ -91,7 +99,7 @@ void BM_Doubles_Write_Cereal(benchmark::State& state) {
 }
 
 void BM_Doubles_Read_Qv(benchmark::State& state) {
-  std::vector<double> values = MakeDoubles();
+  std::vector<double>& values = Doubles();
   const std::string bytes = SaveDoubles(values);
   std::vector<double> read(kDoubles);
   for (auto _ : state) {
@@ -106,7 +114,7 @@ void BM_Doubles_Read_Qv(benchmark::State& state) {
 }
 
 void BM_Doubles_Read_Cereal(benchmark::State& state) {
-  const std::vector<double> values = MakeDoubles();
+  const std::vector<double>& values = Doubles();
   std::ostringstream os;
   {
     cereal::BinaryOutputArchive archive(os);
@@ -166,6 +174,11 @@ std::vector<ItemObject> MakeItems() {
   return items;
 }
 
+const std::vector<ItemObject>& Items() {
+  static const std::vector<ItemObject> items = MakeItems();
+  return items;
+}
+
 std::string SaveItems(const std::vector<ItemObject>& items) {
   SaveStream out;
   out.InitMemStream();
@@ -176,7 +189,7 @@ std::string SaveItems(const std::vector<ItemObject>& items) {
 }
 
 void BM_Objects_Write_Qv(benchmark::State& state) {
-  const std::vector<ItemObject> items = MakeItems();
+  const std::vector<ItemObject>& items = Items();
   for (auto _ : state) {
     SaveStream out;
     out.InitMemStream();
@@ -188,7 +201,7 @@ void BM_Objects_Write_Qv(benchmark::State& state) {
 }
 
 void BM_Objects_Write_Cereal(benchmark::State& state) {
-  const std::vector<ItemObject> items = MakeItems();
+  const std::vector<ItemObject>& items = Items();
   for (auto _ : state) {
     std::ostringstream os;
     {
@@ -201,7 +214,7 @@ void BM_Objects_Write_Cereal(benchmark::State& state) {
 }
 
 void BM_Objects_Read_Qv(benchmark::State& state) {
-  const std::vector<ItemObject> items = MakeItems();
+  const std::vector<ItemObject>& items = Items();
   const std::string bytes = SaveItems(items);
   std::vector<ItemObject> read(kObjects);
   for (auto _ : state) {
@@ -217,7 +230,7 @@ void BM_Objects_Read_Qv(benchmark::State& state) {
 }
 
 void BM_Objects_Read_Cereal(benchmark::State& state) {
-  const std::vector<ItemObject> items = MakeItems();
+  const std::vector<ItemObject>& items = Items();
   std::ostringstream os;
   {
     cereal::BinaryOutputArchive archive(os);
@@ -237,13 +250,12 @@ void BM_Objects_Read_Cereal(benchmark::State& state) {
   ReportPerValue(state, kObjects);
 }
 
-BENCHMARK(BM_Doubles_Write_Qv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Doubles_Write_Cereal)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Doubles_Read_Qv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Doubles_Read_Cereal)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Objects_Write_Qv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Objects_Write_Cereal)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Objects_Read_Qv)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Objects_Read_Cereal)->Unit(benchmark::kMillisecond);
-
 }  // namespace
+
+int main(int argc, char** argv) {
+  qvbench::AddPair("Doubles/Write", &BM_Doubles_Write_Qv, &BM_Doubles_Write_Cereal);
+  qvbench::AddPair("Doubles/Read", &BM_Doubles_Read_Qv, &BM_Doubles_Read_Cereal);
+  qvbench::AddPair("Objects/Write", &BM_Objects_Write_Qv, &BM_Objects_Write_Cereal);
+  qvbench::AddPair("Objects/Read", &BM_Objects_Read_Qv, &BM_Objects_Read_Cereal);
+  return qvbench::RunPairs(argc, argv);
+}
