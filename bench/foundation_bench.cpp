@@ -134,29 +134,32 @@ LinkWorld& LinkWorldOf(std::size_t n) {
 
 constexpr std::size_t kStepsPerBatch = 1024;
 
-void RelinkQv(benchmark::State& state, std::size_t n, std::size_t step) {
+// One iteration: kStepsPerBatch times, move `step` links on and relink there.
+template <typename Relink>
+void RelinkBatches(benchmark::State& state, std::size_t n, std::size_t step, Relink relink) {
   LinkWorld& w = LinkWorldOf(n);
   std::size_t i = 0;
   for (auto _ : state) {
     for (std::size_t k = 0; k < kStepsPerBatch; ++k) {
       i = (i + step) % n;
-      w.receivers[i].RemoveSenderLink(&w.senders[i]);
-      w.receivers[i].AddSenderLink(&w.senders[i]);
+      relink(w, i);
     }
   }
 }
 
+void RelinkQv(benchmark::State& state, std::size_t n, std::size_t step) {
+  RelinkBatches(state, n, step, [](LinkWorld& w, std::size_t i) {
+    w.receivers[i].RemoveSenderLink(&w.senders[i]);
+    w.receivers[i].AddSenderLink(&w.senders[i]);
+  });
+}
+
 void RelinkMap(benchmark::State& state, std::size_t n, std::size_t step) {
-  LinkWorld& w = LinkWorldOf(n);
-  std::size_t i = 0;
-  for (auto _ : state) {
-    for (std::size_t k = 0; k < kStepsPerBatch; ++k) {
-      i = (i + step) % n;
-      const std::pair<const void*, const void*> key(&w.receivers[i], &w.senders[i]);
-      w.yardstick.erase(key);
-      w.yardstick.emplace(key, nullptr);
-    }
-  }
+  RelinkBatches(state, n, step, [](LinkWorld& w, std::size_t i) {
+    const std::pair<const void*, const void*> key(&w.receivers[i], &w.senders[i]);
+    w.yardstick.erase(key);
+    w.yardstick.emplace(key, nullptr);
+  });
 }
 
 }  // namespace
