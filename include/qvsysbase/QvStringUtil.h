@@ -71,9 +71,11 @@ class QVSYSBASE_API QvStringUtil {
   // Replaces `pattern` until none is left, searching again from each
   // replacement's own position, so that replaced text can match again ("    "
   // with "  " -> " " gives " "). Nothing happens when pattern equals
-  // replacement or is empty. A replacement that contains the pattern never
-  // ends; callers must not pass one. Linear when the replacement is shorter
-  // than the pattern (the normal use: reducing runs).
+  // replacement or is empty. Otherwise a replacement that contains the pattern
+  // would be matched again without end, so it is refused (AssertionException)
+  // before the text changes, whatever the text holds. Linear when the
+  // replacement is shorter than the pattern (the normal use: reducing runs).
+  // REQUIRES: replacement.find(pattern) == npos
   static std::string& ReplacePatternRec(std::string& s, const std::string& pattern,
                                         const std::string& replacement);
   static std::wstring& ReplacePatternRec(std::wstring& s, const std::wstring& pattern,

@@ -156,7 +156,14 @@ void ReplaceUntilNoneLeft(const S& s, const S& pattern, const S& replacement, Wr
 
 template <class S>
 S& ReplacePatternRecT(S& s, const S& pattern, const S& replacement) {
-  if (pattern == replacement || pattern.empty() || s.find(pattern) == S::npos) {
+  if (pattern == replacement || pattern.empty()) {
+    return s;
+  }
+  // The search goes on at each replacement itself, so a replacement holding the
+  // pattern would be matched again for ever, its text growing all the while.
+  constexpr auto npos = S::npos;
+  QV_ASSERT(replacement.find(pattern) == npos);
+  if (s.find(pattern) == npos) {
     return s;
   }
   // A shorter replacement shrinks the text at every match, which keeps the

@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <tuple>
 
 #include "qvsysbase/QvStringUtil.h"
+#include "qvsysbase/qvExcept.h"
 #include "text/BothTextTypes.h"
 
 namespace qvsysbase {
@@ -37,6 +41,38 @@ TYPED_TEST(ReplacementTest, ReplacementsOnceAndRepeated) {
             this->T("aaaaa"));
   s = this->T("ab");  // pattern and text are one object
   EXPECT_EQ(QvStringUtil::ReplacePattern(s, s, this->T("xyz"), -1), this->T("xyz"));
+}
+
+// A replacement holding the pattern would match again for ever. It is a broken
+// contract, refused before the text changes, whether or not the text holds the
+// pattern. Each row runs in a child under an alarm, so that an endless loop
+// fails the row instead of hanging the runner.
+TYPED_TEST(ReplacementTest, RecursiveReplacementRefusesAReplacementHoldingThePattern) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  using S = TypeParam;
+  const auto refused = [](const S& text, const S& pattern, const S& replacement) {
+    ::alarm(10);
+    S s = text;
+    try {
+      QvStringUtil::ReplacePatternRec(s, pattern, replacement);
+    } catch (const AssertionException& e) {
+      std::fprintf(stderr,
+                   "refused: %s in %s%s",
+                   e.getMessage().c_str(),
+                   e.getFile().c_str(),
+                   s == text ? ", text kept" : ", text changed");
+    }
+    std::exit(0);
+  };
+  const char* rows[][3] = {
+      {"xaay", "a", "ab"}, {"aa", "a", "ba"}, {"xy", "a", "aa"}, {"ab ab", "ab", "aab"}};
+  for (const auto& [text, pattern, replacement] : rows) {
+    SCOPED_TRACE(testing::Message() << text << " " << pattern << " -> " << replacement);
+    EXPECT_EXIT(refused(this->T(text), this->T(pattern), this->T(replacement)),
+                ::testing::ExitedWithCode(0),
+                "refused: replacement\\.find\\(pattern\\) == npos in PatternReplacement, "
+                "text kept");
+  }
 }
 
 // The two replacement functions against the obvious erase-and-insert model, on
