@@ -25,8 +25,7 @@ struct LocaleNode {
 constinit std::mutex g_mutex;
 constinit LocaleNode* g_pAllLocales = nullptr;          // guarded by g_mutex
 constinit const std::locale* g_pUserLocale = nullptr;   // guarded by g_mutex
-constinit const std::locale* g_pMonthLocale = nullptr;  // guarded by g_mutex
-constinit bool g_bMonthLocaleCreated = false;           // guarded by g_mutex
+constinit const std::locale* g_pMonthLocale = nullptr;  // guarded by g_mutex; null until used
 
 // The empty name asks for the environment's locale; an environment naming a
 // locale this machine lacks must not keep the library from loading.
@@ -59,7 +58,6 @@ void FinalizeLocaleUnit() {
   }
   g_pUserLocale = nullptr;
   g_pMonthLocale = nullptr;
-  g_bMonthLocaleCreated = false;
 }
 
 std::locale UserDefaultLocale() {
@@ -74,9 +72,8 @@ std::locale UserDefaultLocale() {
 
 std::locale MonthNameLocale() {
   const std::lock_guard<std::mutex> lock(g_mutex);
-  if (!g_bMonthLocaleCreated) {
+  if (g_pMonthLocale == nullptr) {
     g_pMonthLocale = NewUserLocaleLocked();
-    g_bMonthLocaleCreated = true;
   }
   return *g_pMonthLocale;
 }
@@ -84,7 +81,7 @@ std::locale MonthNameLocale() {
 void RereadUserLocale() {
   const std::lock_guard<std::mutex> lock(g_mutex);
   g_pUserLocale = NewUserLocaleLocked();
-  g_bMonthLocaleCreated = false;
+  g_pMonthLocale = nullptr;  // rebuilt on its next use
 }
 
 }  // namespace qvsysbase::detail
