@@ -1,10 +1,9 @@
 // QvLocaleUtil: names of the months in the language of the user's regional
 // settings, for labels of charts and grids that show calendar periods.
 //
-// Thread-safety: GetMonthName installs its locale as the process's global
-// locale for the duration of the call and restores the previous one before it
-// returns. It must not run at the same time as other code that installs or
-// depends on the global locale (including another GetMonthName).
+// Thread-safety: thread-safe. GetMonthName formats through a locale object of
+// its own and leaves the process's global C++ locale and the C library's locale
+// (setlocale) untouched.
 #ifndef QVSYSBASE_QVLOCALEUTIL_H_
 #define QVSYSBASE_QVLOCALEUTIL_H_
 

@@ -6,23 +6,13 @@
 #include <sstream>
 
 #include "qvsysbase/QvStringUtil.h"
+#include "qvsysbase/qvExcept.h"
 #include "text/UserLocale.h"
+
+QV_UNIT("QvLocaleUtil", "$Revision: #1 $")
 
 namespace qvsysbase {
 namespace {
-
-// Installs a global locale for its lifetime; the previous one comes back even
-// when formatting throws.
-class ScopedGlobalLocale {
- public:
-  explicit ScopedGlobalLocale(const std::locale& loc) : m_Previous(std::locale::global(loc)) {}
-  ~ScopedGlobalLocale() { std::locale::global(m_Previous); }
-  ScopedGlobalLocale(const ScopedGlobalLocale&) = delete;
-  ScopedGlobalLocale& operator=(const ScopedGlobalLocale&) = delete;
-
- private:
-  std::locale m_Previous;
-};
 
 // The strftime conversions of the full and the abbreviated month name.
 constexpr char kFullMonthConversion = 'B';
@@ -31,23 +21,23 @@ constexpr char kAbbreviatedMonthConversion = 'b';
 }  // namespace
 
 std::wstring QvLocaleUtil::GetMonthName(unsigned month, MONTH_STYLE style) {
+  // The time facet formats through the locale of the stream it is given, so
+  // the stream carries the user's locale and the process's global locales (the
+  // C++ one and, behind it, the C library's) are never touched: installing one
+  // and putting the old one back would leave the C library's locale changed.
   const std::locale loc = detail::MonthNameLocale();
-  std::string narrow;
-  {
-    const ScopedGlobalLocale global(loc);
-    const auto& facet = std::use_facet<std::time_put<char>>(loc);
-    std::tm time{};
-    time.tm_mon = static_cast<int>(month);
-    std::ostringstream os;
-    facet.put(std::ostreambuf_iterator<char>(os),
-              os,
-              ' ',
-              &time,
-              style != ABBREVIATED ? kFullMonthConversion : kAbbreviatedMonthConversion);
-    narrow = os.str();
-  }
+  std::ostringstream os;
+  os.imbue(loc);
+  std::tm time{};
+  time.tm_mon = static_cast<int>(month);
+  std::use_facet<std::time_put<char>>(loc).put(
+      std::ostreambuf_iterator<char>(os),
+      os,
+      ' ',
+      &time,
+      style != ABBREVIATED ? kFullMonthConversion : kAbbreviatedMonthConversion);
   std::wstring wide;
-  QvStringUtil::ConvertStringToWString(narrow, wide);
+  QvStringUtil::ConvertStringToWString(os.str(), wide);
   return wide;
 }
 

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdio>
 #include <locale>
+#include <string>
 
 #include "qvsysbase/QvLocaleUtil.h"
 #include "text/ScopedUserLocale.h"
@@ -40,6 +43,24 @@ TEST(LocaleUtilTest, MonthNamesComeInTheUsersLanguage) {
   QvLocaleUtil::GetMonthName(2, QvLocaleUtil::FULL);
   EXPECT_EQ(std::locale().name(), "C");
   std::locale::global(previous);
+}
+
+// An application that set its C library locale itself keeps it, and with it its
+// notation of numbers, across a month name.
+TEST(LocaleUtilTest, MonthNamesLeaveTheCLibraryLocaleAsItWas) {
+  if (!IsLocaleInstalled(kGermanLocale)) GTEST_SKIP() << kGermanMissing;
+  const ScopedUserLocale user("C.UTF-8");
+  const std::string previous = std::setlocale(LC_ALL, nullptr);
+  std::setlocale(LC_ALL, kGermanLocale);
+  const std::wstring name = QvLocaleUtil::GetMonthName(0, QvLocaleUtil::FULL);
+  const std::string after = std::setlocale(LC_ALL, nullptr);
+  char printed[8];
+  std::snprintf(printed, sizeof printed, "%.1f", 1.5);
+  std::setlocale(LC_ALL, previous.c_str());
+  EXPECT_EQ(name, L"January");
+  EXPECT_EQ(after, kGermanLocale);
+  EXPECT_STREQ(printed, "1,5");
+  EXPECT_EQ(std::locale().name(), "C");
 }
 
 }  // namespace

@@ -7,13 +7,15 @@
 #include <thread>
 #include <vector>
 
+#include "qvsysbase/QvLocaleUtil.h"
 #include "qvsysbase/QvStringUtil.h"
 
 namespace qvsysbase {
 namespace {
 
 // The first case-insensitive calls build the tables, and the user's locale is
-// replaced while others convert: all of it from threads started together.
+// replaced while others convert and ask for month names: all of it from
+// threads started together.
 TEST(StringUtilThreadTest, FirstCallsAndSettingChangesMayRace) {
   constexpr int kThreads = 4;
   const std::string plain("plain"), upper("PLAIN");
@@ -30,6 +32,8 @@ TEST(StringUtilThreadTest, FirstCallsAndSettingChangesMayRace) {
           QvStringUtil::ConvertStringToWString(upper, wideUpper);
           if (!QvStringUtil::CaseInsensitiveEquality(plain, upper, -1, std::locale::classic()) ||
               !QvStringUtil::CaseInsensitiveEquality(wide, wideUpper, -1, std::locale::classic()))
+            failures.fetch_add(1);
+          if (QvLocaleUtil::GetMonthName(static_cast<unsigned>(i % 12), QvLocaleUtil::FULL).empty())
             failures.fetch_add(1);
           if (t == 0) QvStringUtil::SettingChanged();
         }
