@@ -158,10 +158,13 @@ class QVSYSBASE_API QvStringUtil {
                                                     wchar_t delimiter, unsigned keepSegments);
 
   // Conversions through the user's default locale (its character set is the
-  // narrow side's code page). A byte sequence that is not a character there
-  // becomes U+FFFD, one per byte (an incomplete sequence at the very end, one in
-  // all); a wide character with no narrow form becomes '?'. The output is
-  // replaced, never appended to.
+  // narrow side's code page). Only Unicode scalar values cross: a byte sequence
+  // that is not a character there, or that stands for a surrogate or a value
+  // above U+10FFFF, becomes U+FFFD, one per byte (an incomplete sequence at the
+  // very end, one in all); a wide value with no narrow form, a surrogate or a
+  // value above U+10FFFF among them, becomes '?'. The narrow result is
+  // therefore always valid in its code page. Linear in the text, whatever it
+  // holds. The output is replaced, never appended to.
   static void ConvertStringToWString(const std::string& narrow, std::wstring& wide);
   static void ConvertWStringToString(const std::wstring& wide, std::string& narrow);
 
