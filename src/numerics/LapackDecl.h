@@ -47,6 +47,18 @@ void dtrtrs_(const char* uplo, const char* trans, const char* diag, const int* n
 void dlauum_(const char* uplo, const int* n, double* a, const int* lda, int* info,
              std::size_t uplo_len);
 
+// QR factorisation with column pivoting, A·P = Q·R: R in the upper triangle, Q as
+// Householder reflectors below it and in tau; jpvt (1-based) names P's columns.
+// lwork = -1 asks for the optimal work size in work[0].
+void dgeqp3_(const int* m, const int* n, double* a, const int* lda, int* jpvt, double* tau,
+             double* work, const int* lwork, int* info);
+
+// C = op(Q)·C ('L') for the Q of dgeqrf or dgeqp3; lwork = -1 queries as above.
+void dormqr_(const char* side, const char* trans, const int* m, const int* n, const int* k,
+             const double* a, const int* lda, const double* tau, double* c, const int* ldc,
+             double* work, const int* lwork, int* info, std::size_t side_len,
+             std::size_t trans_len);
+
 // Sorts d in increasing ('I') or decreasing ('D') order.
 void dlasrt_(const char* id, const int* n, double* d, int* info, std::size_t id_len);
 
