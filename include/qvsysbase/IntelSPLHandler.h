@@ -12,7 +12,7 @@
 //   - every other mode, the plain set: straightforward loops in double
 //     precision. It leaves ERF, PhiInverse and LnGamma, the random streams,
 //     the matrix kernels other than the matrix-vector product and the
-//     optimiser null.
+//     trust-region optimiser null.
 //
 // The table is empty until the host selects a mode other than 0 (normally 1):
 // the library's start-up step calls setIntelSPLMode(0, 1), which changes nothing
@@ -24,9 +24,8 @@
 // qvsysbase/IntelSPLSlots.def.
 //
 // Not yet available: the random-stream slots (InitRandGen .. nspiRandUniformBits)
-// and nspTROptimise are declared with their final types but stay null in both
-// sets, and setBRNGFamily is not declared; they arrive with the random streams
-// and the trust-region solver.
+// are declared with their final types but stay null in both sets, and
+// setBRNGFamily is not declared; they arrive with the random streams.
 //
 // Example:
 //   IntelSPLHandler::setIntelSPLMode(IntelSPLHandler::SplModeMKL,

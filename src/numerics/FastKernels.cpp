@@ -23,6 +23,7 @@
 #include "MKLWrapper.h"
 #include "MatrixKernels.h"
 #include "PlainKernels.h"
+#include "TROptimise.h"
 #include "VectorMath.h"
 
 namespace qvsysbase::detail {
@@ -218,7 +219,7 @@ void CheckLnLanes(const double* x, int lanes) {
 // The fast set is the plain set with the slots it replaces: the slots that
 // keep the plain routine in both sets (set, 16-bit zero and copy, int to
 // double, add and subtract a constant, mean, standard deviation) and the ones
-// no kernel fills yet (random streams, optimiser) come from the plain set.
+// no kernel fills yet (random streams) come from the plain set.
 KernelSet FastKernelSet() {
   KernelSet set = PlainKernelSet();
   const VectorMathSet vectorMath = ChooseVectorMath();
@@ -254,6 +255,7 @@ KernelSet FastKernelSet() {
   set.nspSolveLinEquatSymmetr = &mklSolveLinEquatSymmetr;
   set.nspProductTrMatrTranspByTrMatrInplace = &mklProductTrMatrTranspByTrMatrInplace;
   set.nspMatrixMultiply = &mklMatrixMultiply;
+  set.nspTROptimise = &mklTROptimise;
   return set;
 }
 

@@ -25,7 +25,13 @@ bool AllFinite(const std::vector<double>& v) {
 class Differencer {
  public:
   Differencer(TRResidualFn fcn, int n, int m, const double* x, void* userData)
-      : fcn_(fcn), n_(n), m_(m), x_(x), userData_(userData), point_(x, x + n), plus_(m),
+      : fcn_(fcn),
+        n_(n),
+        m_(m),
+        x_(x),
+        userData_(userData),
+        point_(x, x + n),
+        plus_(m),
         minus_(m) {}
 
   // Column j from F at x_j + hi and x_j − lo (either may be 0, then F(x) is

@@ -26,8 +26,7 @@ namespace qvsysbase::detail {
 // times; a column that still has no finite estimate is left not-a-number, and
 // a parameter that a zero-width box pins has a zero column.
 int EstimateJacobian(TRResidualFn fcn, int n, int m, double* jac, const double* x, double jacEps,
-                     void* userData, const double* lower = nullptr,
-                     const double* upper = nullptr);
+                     void* userData, const double* lower = nullptr, const double* upper = nullptr);
 
 }  // namespace qvsysbase::detail
 

@@ -67,8 +67,8 @@ bool mklTROptimise(int n, double* x, const double* pLowBound, const double* pUpp
   }
   const Buffer f = nspSmartPtr<double>::Create(m);
   const Buffer jac = nspSmartPtr<double>::Create(m * n);  // the init bounded m·n by int
-  RunRequests(*solver, n, x, pLowBound, pUpperBound, m, fcn, userData, jacEps, f->Get(),
-              jac->Get());
+  RunRequests(
+      *solver, n, x, pLowBound, pUpperBound, m, fcn, userData, jacEps, f->Get(), jac->Get());
   if (solver->Get(iter, stopCriterion, r1, r2) != kTrSuccess) {
     throw std::runtime_error(kTrGetErrorText);
   }

@@ -146,7 +146,8 @@ int TrustRegionSolver::ReadStartResiduals(double* f) {
 
 int TrustRegionSolver::ReadJacobian(const double* jac, double* f) {
   const std::size_t size = static_cast<std::size_t>(m_) * n_;
-  progress_.jacobianFinite = std::all_of(jac, jac + size, [](double v) { return std::isfinite(v); });
+  progress_.jacobianFinite =
+      std::all_of(jac, jac + size, [](double v) { return std::isfinite(v); });
   if (!progress_.jacobianFinite) return Stop(-4, f);
   MarkFreeVariables(jac);
   lm_.Linearise(jac, residuals_.data(), free_);
@@ -169,13 +170,13 @@ int TrustRegionSolver::ProposeTrial(double* f) {
     if (FitStepToBox(predicted, directional)) break;
     // Cut back to the box, the step promises no decrease: a failed trial that
     // needs no evaluation to be known as one.
-    radius_.Update(TrialOutcome{progress_.residualNorm, kInfinity, predicted, directional,
-                                lm_.ScaledNorm(taken_.data())});
+    radius_.Update(TrialOutcome{
+        progress_.residualNorm, kInfinity, predicted, directional, lm_.ScaledNorm(taken_.data())});
     progress_.region = radius_.radius();
     if (const int stop = FirstStopMet(progress_, eps_, maxIterations_)) return Stop(stop, f);
   }
-  outcome_ = TrialOutcome{progress_.residualNorm, 0.0, predicted, directional,
-                          lm_.ScaledNorm(taken_.data())};
+  outcome_ = TrialOutcome{
+      progress_.residualNorm, 0.0, predicted, directional, lm_.ScaledNorm(taken_.data())};
   progress_.region = radius_.radius();
   progress_.stepNorm = outcome_.stepNorm;
   progress_.modelReduction = ModelReduction(predicted);

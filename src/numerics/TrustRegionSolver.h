@@ -36,12 +36,12 @@ inline constexpr int kTrInvalidOption = 1502;
 struct TrProblem {
   int n = 0;
   int m = 0;
-  double* x = nullptr;             // start point; trial points and the result
-  const double* lower = nullptr;   // n values or null
-  const double* upper = nullptr;   // n values or null
-  const double* eps = nullptr;     // the six tolerances, TrTolerances' order
-  int maxIterations = 0;           // trial steps, accepted or not
-  int maxTrialIterations = 0;      // iterations of λ per trial step
+  double* x = nullptr;            // start point; trial points and the result
+  const double* lower = nullptr;  // n values or null
+  const double* upper = nullptr;  // n values or null
+  const double* eps = nullptr;    // the six tolerances, TrTolerances' order
+  int maxIterations = 0;          // trial steps, accepted or not
+  int maxTrialIterations = 0;     // iterations of λ per trial step
   // Δ₀ = rs·‖D·x₀‖ (rs when x₀ = 0): the first region relative to the start
   // point's scaled size, as the stopping rules measure regions.
   double rs = 0.0;
@@ -67,7 +67,14 @@ class TrustRegionSolver {
   int Get(int* iterations, int* stopCriterion, double* r1, double* r2) const;
 
  private:
-  enum class Phase { kStart, kStartResiduals, kJacobian, kTrialResiduals, kIterationDone, kStopped };
+  enum class Phase {
+    kStart,
+    kStartResiduals,
+    kJacobian,
+    kTrialResiduals,
+    kIterationDone,
+    kStopped
+  };
 
   TrustRegionSolver(const TrProblem& problem, const TrTolerances& eps);
 

@@ -125,24 +125,41 @@ void LevenbergMarquardtStep::Linearise(const double* jac, const double* f,
   }
   if (k_ == 0) return;
 
-  // J_free·P = Q·R, then Qᵀ·F. Both take a workspace size query first.
+  // J_free·P = Q·R, then Qᵀ·F, each after a query of its workspace size.
+  // Both report nothing but illegal arguments, which these calls never pass.
   std::vector<int> jpvt(k_, 0);  // 0: every column may be pivoted
-  const int one = 1, query = -1;
-  int info = 0;
-  double size = 0.0, orsize = 0.0;
-  dgeqp3_(&m_, &k_, qr_.data(), &m_, jpvt.data(), tau_.data(), &size, &query, &info);
-  QV_ASSERT(info == 0);
-  dormqr_(kLeft, kTransposed, &m_, &one, &k_, qr_.data(), &m_, tau_.data(), qtf_.data(), &m_,
-          &orsize, &query, &info, kFlagLen, kFlagLen);
-  QV_ASSERT(info == 0);
-  work_.resize(static_cast<std::size_t>(std::max(size, orsize)) + 1);
-  const int lwork = static_cast<int>(work_.size());
-  dgeqp3_(&m_, &k_, qr_.data(), &m_, jpvt.data(), tau_.data(), work_.data(), &lwork, &info);
-  QV_ASSERT(info == 0);  // dgeqp3 reports nothing but illegal arguments
+  const auto factorise = [&](double* work, int lwork) {
+    int info = 0;
+    dgeqp3_(&m_, &k_, qr_.data(), &m_, jpvt.data(), tau_.data(), work, &lwork, &info);
+    QV_ASSERT(info == 0);
+  };
+  const auto applyQt = [&](double* work, int lwork) {
+    const int one = 1;
+    int info = 0;
+    dormqr_(kLeft,
+            kTransposed,
+            &m_,
+            &one,
+            &k_,
+            qr_.data(),
+            &m_,
+            tau_.data(),
+            qtf_.data(),
+            &m_,
+            work,
+            &lwork,
+            &info,
+            kFlagLen,
+            kFlagLen);
+    QV_ASSERT(info == 0);
+  };
+  double factoriseSize = 0.0, applySize = 0.0;
+  factorise(&factoriseSize, -1);
+  applyQt(&applySize, -1);
+  work_.resize(static_cast<std::size_t>(std::max(factoriseSize, applySize)) + 1);
+  factorise(work_.data(), static_cast<int>(work_.size()));
   std::copy(f, f + m_, qtf_.begin());
-  dormqr_(kLeft, kTransposed, &m_, &one, &k_, qr_.data(), &m_, tau_.data(), qtf_.data(), &m_,
-          work_.data(), &lwork, &info, kFlagLen, kFlagLen);
-  QV_ASSERT(info == 0);  // as dgeqp3
+  applyQt(work_.data(), static_cast<int>(work_.size()));
   for (int j = 0; j < k_; ++j) perm_[j] = jpvt[j] - 1;
 }
 

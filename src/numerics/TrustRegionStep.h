@@ -103,17 +103,17 @@ class LevenbergMarquardtStep {
   int m_, n_;
   double sigma_;
   int maxSubproblemIterations_;
-  std::vector<double> jac_, f_;   // the last linearisation, for Predict
-  bool scaled_ = false;           // D set by a first linearisation
-  std::vector<double> diag_;      // D, over all n columns
-  std::vector<double> colNorm_;   // ‖J_j‖
-  std::vector<int> cols_;         // the free columns, in order
-  int k_ = 0;                     // their number
-  std::vector<double> qr_;        // m×k: R above the diagonal, reflectors below
+  std::vector<double> jac_, f_;  // the last linearisation, for Predict
+  bool scaled_ = false;          // D set by a first linearisation
+  std::vector<double> diag_;     // D, over all n columns
+  std::vector<double> colNorm_;  // ‖J_j‖
+  std::vector<int> cols_;        // the free columns, in order
+  int k_ = 0;                    // their number
+  std::vector<double> qr_;       // m×k: R above the diagonal, reflectors below
   std::vector<double> tau_, qtf_, work_;
-  std::vector<int> perm_;         // 0-based: pivot position j holds free column perm_[j]
-  std::vector<double> s_, sdiag_; // the factor of [R; √λ·D·P] built by SolveDamped
-  std::vector<double> dfree_;     // D on the free columns
+  std::vector<int> perm_;          // 0-based: pivot position j holds free column perm_[j]
+  std::vector<double> s_, sdiag_;  // the factor of [R; √λ·D·P] built by SolveDamped
+  std::vector<double> dfree_;      // D on the free columns
 };
 
 }  // namespace qvsysbase::detail

@@ -17,12 +17,12 @@ namespace qvsysbase::detail {
 
 // The caller's six tolerances, in the order of its eps array.
 struct TrTolerances {
-  double region;        // eps[0]: trust region, relative to ‖D·x‖
-  double residual;      // eps[1]: ‖F‖
-  double column;        // eps[2]: smallest Jacobian column norm
-  double step;          // eps[3]: trial step, relative to ‖D·x‖
-  double model;         // eps[4]: reduction the linear model predicts, relative to ‖F‖
-  double subproblem;    // eps[5]: relative precision of the trial-step subproblem
+  double region;      // eps[0]: trust region, relative to ‖D·x‖
+  double residual;    // eps[1]: ‖F‖
+  double column;      // eps[2]: smallest Jacobian column norm
+  double step;        // eps[3]: trial step, relative to ‖D·x‖
+  double model;       // eps[4]: reduction the linear model predicts, relative to ‖F‖
+  double subproblem;  // eps[5]: relative precision of the trial-step subproblem
 };
 
 // What is known of the search at a checkpoint. A quantity not yet known stays

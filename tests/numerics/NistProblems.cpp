@@ -146,8 +146,8 @@ std::vector<std::string> NistProblemNames() {
 
 double LogRelativeError(double x, double certified) {
   if (!std::isfinite(x)) return 0.0;
-  const double error = certified != 0.0 ? std::fabs(x - certified) / std::fabs(certified)
-                                        : std::fabs(x);
+  const double error =
+      certified != 0.0 ? std::fabs(x - certified) / std::fabs(certified) : std::fabs(x);
   if (error == 0.0) return kMaxDigits;
   return std::clamp(-std::log10(error), 0.0, kMaxDigits);
 }

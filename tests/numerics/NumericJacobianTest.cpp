@@ -1,11 +1,10 @@
-#include "numerics/NumericJacobian.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <vector>
 
+#include "numerics/NumericJacobian.h"
 #include "numerics/TrustRegionSolver.h"
 
 namespace qvsysbase::detail {
@@ -47,7 +46,12 @@ TEST(NumericJacobianTest, CentralDifferencesWithRelativeSteps) {
       {"parameter of 1e-9 and a zero", {1e-9, 0.0, 2.0}, 1e300, nullptr, nullptr, 1e-9},
       {"x1 on its upper bound: one-sided", {1.5, 0.7, -0.3}, 1e300, lower, upper, 1e-5},
       // h shrinks by 8⁵ to 1.8e-10 before x2 + h is finite, so ε/h dominates.
-      {"not finite just above x2: retried smaller", {1.5, 0.7, 1.0}, 1.0 + 1e-9, nullptr, nullptr, 1e-5},
+      {"not finite just above x2: retried smaller",
+       {1.5, 0.7, 1.0},
+       1.0 + 1e-9,
+       nullptr,
+       nullptr,
+       1e-5},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -78,8 +82,9 @@ TEST(NumericJacobianTest, EdgeColumnsAndRefusals) {
   Probe probe{-1e300, {}};  // x2 never gives a finite residual
   const double x[3] = {1.0, 1.0, 1.0}, pinned[3] = {1.0, 0.0, 0.0}, wide[3] = {1.0, 2.0, 2.0};
   std::vector<double> jac(9);
-  ASSERT_EQ(EstimateJacobian(&Model, 3, 3, jac.data(), x, kJacEps, &probe, pinned, wide), kTrSuccess);
-  EXPECT_EQ(jac[0], 0.0);  // x0 pinned by a zero-width box
+  ASSERT_EQ(EstimateJacobian(&Model, 3, 3, jac.data(), x, kJacEps, &probe, pinned, wide),
+            kTrSuccess);
+  EXPECT_EQ(jac[0], 0.0);           // x0 pinned by a zero-width box
   EXPECT_TRUE(std::isnan(jac[8]));  // no finite estimate for x2
   EXPECT_EQ(EstimateJacobian(&Model, 3, 3, jac.data(), x, 0.0, &probe), kTrInvalidOption);
   EXPECT_EQ(EstimateJacobian(&Model, 3, 3, jac.data(), x, kJacEps, &probe, pinned, nullptr),

@@ -68,9 +68,22 @@ Outcome Optimise(Fit fit, int m, std::vector<double> x, const double* lower = nu
                  const double* upper = nullptr, int maxIter = kMaxIter) {
   Outcome o;
   o.x = std::move(x);
-  o.result = detail::mklTROptimise(static_cast<int>(o.x.size()), o.x.data(), lower, upper, m,
-                                   &Residuals, &fit, maxIter, kMaxTrialIter, kEps, kJacEps,
-                                   kInitialRegion, &o.iterations, &o.stop, &o.r1, &o.r2);
+  o.result = IntelSPLHandler::nspTROptimise(static_cast<int>(o.x.size()),
+                                            o.x.data(),
+                                            lower,
+                                            upper,
+                                            m,
+                                            &Residuals,
+                                            &fit,
+                                            maxIter,
+                                            kMaxTrialIter,
+                                            kEps,
+                                            kJacEps,
+                                            kInitialRegion,
+                                            &o.iterations,
+                                            &o.stop,
+                                            &o.r1,
+                                            &o.r2);
   o.evaluations = fit.evaluations;
   return o;
 }
@@ -142,7 +155,8 @@ TEST_F(TROptimiseTest, NistProblemsToSixDigitsWithStandardErrorsToFour) {
     for (int run = 0; run < 3; ++run) {
       SCOPED_TRACE(run < 2 ? "start " + std::to_string(run + 1) : std::string("bounded"));
       for (int j = 0; j < n; ++j)
-        EXPECT_GE(LogRelativeError(runs[run].x[j], p.certified[j]), kRequiredDigits) << "b" << j + 1;
+        EXPECT_GE(LogRelativeError(runs[run].x[j], p.certified[j]), kRequiredDigits)
+            << "b" << j + 1;
     }
     for (int j = 0; j < n; ++j) {
       EXPECT_GE(runs[2].x[j], lower[j]);
@@ -155,7 +169,8 @@ TEST_F(TROptimiseTest, NistProblemsToSixDigitsWithStandardErrorsToFour) {
 
 // r = x² − 4 from x = 0.5: the first Gauss–Newton step overshoots to 4.25.
 Fit SquareRoot(double nanAbove = kInf) {
-  return Fit{[nanAbove](const double* x, double* f) { f[0] = x[0] > nanAbove ? kNaN : x[0] * x[0] - 4; }};
+  return Fit{
+      [nanAbove](const double* x, double* f) { f[0] = x[0] > nanAbove ? kNaN : x[0] * x[0] - 4; }};
 }
 
 TEST_F(TROptimiseTest, NonFiniteTrialResidualsShrinkTheRegionAndTheSearchGoesOn) {
@@ -184,8 +199,24 @@ TEST_F(TROptimiseTest, StopsOnTheRuleItMeetsAndKeepsTheLimits) {
     bool result;
   };
   const Case cases[] = {
-      {"already optimal", Fit{[](const double* x, double* f) { f[0] = x[0] - 1; f[1] = 0; }}, {1.0}, kMaxIter, 3, false},
-      {"residuals never change", Fit{[](const double*, double* f) { f[0] = 1; f[1] = 2; }}, {1.0}, kMaxIter, 4, false},
+      {"already optimal",
+       Fit{[](const double* x, double* f) {
+         f[0] = x[0] - 1;
+         f[1] = 0;
+       }},
+       {1.0},
+       kMaxIter,
+       3,
+       false},
+      {"residuals never change",
+       Fit{[](const double*, double* f) {
+         f[0] = 1;
+         f[1] = 2;
+       }},
+       {1.0},
+       kMaxIter,
+       4,
+       false},
       {"iteration limit", SquareRoot(), {0.5}, 2, 1, false},
   };
   for (const Case& c : cases) {
@@ -251,8 +282,22 @@ TEST_F(TROptimiseTest, BadInputIsRefusedBeforeAnyWork) {
     int iter = -7, stop = -7;
     double r1 = -7, r2 = -7;
     try {
-      detail::mklTROptimise(c.n, c.nullX ? nullptr : x, c.lower, c.upper, c.m, &Residuals, &fit,
-                            c.maxIter, c.maxTrialIter, c.eps, kJacEps, c.rs, &iter, &stop, &r1, &r2);
+      IntelSPLHandler::nspTROptimise(c.n,
+                                     c.nullX ? nullptr : x,
+                                     c.lower,
+                                     c.upper,
+                                     c.m,
+                                     &Residuals,
+                                     &fit,
+                                     c.maxIter,
+                                     c.maxTrialIter,
+                                     c.eps,
+                                     kJacEps,
+                                     c.rs,
+                                     &iter,
+                                     &stop,
+                                     &r1,
+                                     &r2);
       ADD_FAILURE() << "accepted";
     } catch (const std::runtime_error& e) {
       EXPECT_STREQ(e.what(), detail::kTrInitErrorText);
@@ -272,8 +317,16 @@ TEST_F(TROptimiseTest, ArgumentsTheSolverNeverSeesAreAsserted) {
     double jacEps;
   };
   const Case cases[] = {
-      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)", bound, nullptr, &Residuals, kJacEps},
-      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)", nullptr, bound, &Residuals, kJacEps},
+      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)",
+       bound,
+       nullptr,
+       &Residuals,
+       kJacEps},
+      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)",
+       nullptr,
+       bound,
+       &Residuals,
+       kJacEps},
       {"fcn != nullptr", nullptr, nullptr, nullptr, kJacEps},
       {"jacEps > 0.0 && std::isfinite(jacEps)", nullptr, nullptr, &Residuals, 0.0},
   };
@@ -284,8 +337,22 @@ TEST_F(TROptimiseTest, ArgumentsTheSolverNeverSeesAreAsserted) {
     int iter = 0, stop = 0;
     double r1 = 0, r2 = 0;
     try {
-      detail::mklTROptimise(1, x, c.lower, c.upper, 1, c.fcn, &fit, kMaxIter, kMaxTrialIter, kEps,
-                            c.jacEps, kInitialRegion, &iter, &stop, &r1, &r2);
+      IntelSPLHandler::nspTROptimise(1,
+                                     x,
+                                     c.lower,
+                                     c.upper,
+                                     1,
+                                     c.fcn,
+                                     &fit,
+                                     kMaxIter,
+                                     kMaxTrialIter,
+                                     kEps,
+                                     c.jacEps,
+                                     kInitialRegion,
+                                     &iter,
+                                     &stop,
+                                     &r1,
+                                     &r2);
       ADD_FAILURE() << "accepted";
     } catch (const AssertionException& e) {
       EXPECT_EQ(e.getMessage(), c.condition);

@@ -1,11 +1,10 @@
-#include "numerics/TrustRegionSolver.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <memory>
 #include <vector>
 
+#include "numerics/TrustRegionSolver.h"
 #include "numerics/TrustRegionStopping.h"
 
 namespace qvsysbase::detail {
@@ -18,18 +17,18 @@ TEST(TrustRegionStoppingTest, FirstRuleMetInTheOrderOfTheTolerances) {
     TrProgress progress;
     int request;
   };
-  auto at = [](int iterations, double region, double residual, double column, double step,
-               double model) {
-    TrProgress p;
-    p.iterations = iterations;
-    p.scaledSize = 2.0;
-    p.region = region;
-    p.residualNorm = residual;
-    p.minColumnNorm = column;
-    p.stepNorm = step;
-    p.modelReduction = model;
-    return p;
-  };
+  auto at =
+      [](int iterations, double region, double residual, double column, double step, double model) {
+        TrProgress p;
+        p.iterations = iterations;
+        p.scaledSize = 2.0;
+        p.region = region;
+        p.residualNorm = residual;
+        p.minColumnNorm = column;
+        p.stepNorm = step;
+        p.modelReduction = model;
+        return p;
+      };
   const double u = TrProgress::kUnknown;
   TrProgress nonFinite = at(0, u, u, u, u, u);
   nonFinite.jacobianFinite = false;
@@ -64,7 +63,8 @@ TEST(TrustRegionSolverTest, ConversationOnALinearProblem) {
     for (int j = 0; j < n; ++j) jac[i + j * m] = a[i][j];
   const double eps[6] = {1e-12, 1e-20, 1e-20, 1e-12, 1e-20, 0.1};
   std::unique_ptr<TrustRegionSolver> solver;
-  ASSERT_EQ(TrustRegionSolver::Init(&solver, TrProblem{n, m, x.data(), nullptr, nullptr, eps, 50, 10, 100.0}),
+  ASSERT_EQ(TrustRegionSolver::Init(
+                &solver, TrProblem{n, m, x.data(), nullptr, nullptr, eps, 50, 10, 100.0}),
             kTrSuccess);
   std::vector<int> requests;
   int request = 0;
@@ -77,7 +77,8 @@ TEST(TrustRegionSolverTest, ConversationOnALinearProblem) {
   }
   // Residuals, Jacobian, then trial / iteration-done pairs until a rule stops it.
   ASSERT_GE(requests.size(), 5u);
-  EXPECT_EQ(std::vector<int>(requests.begin(), requests.begin() + 4), (std::vector<int>{1, 2, 1, 0}));
+  EXPECT_EQ(std::vector<int>(requests.begin(), requests.begin() + 4),
+            (std::vector<int>{1, 2, 1, 0}));
   EXPECT_LT(requests.back(), 0);
   // Least squares solution of the normal equations [2 1; 1 5]·x = [4 7]: x = (13, 10)/9.
   EXPECT_NEAR(x[0], 13.0 / 9, 1e-12);

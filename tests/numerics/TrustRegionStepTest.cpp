@@ -1,11 +1,11 @@
-#include "numerics/TrustRegionStep.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <random>
 #include <vector>
+
+#include "numerics/TrustRegionStep.h"
 
 namespace qvsysbase::detail {
 namespace {
@@ -60,7 +60,8 @@ struct LinearModel {
     for (double& e : f) e = u(rng);
   }
   // ‖(JᵀJ + λDᵀD)·p + JᵀF‖ / ‖JᵀF‖: zero for the exact step of λ.
-  double NormalEquationError(const LevenbergMarquardtStep& lm, const double* p, double lambda) const {
+  double NormalEquationError(const LevenbergMarquardtStep& lm, const double* p,
+                             double lambda) const {
     std::vector<double> jp(m, 0.0), err(n), g(n);
     for (int j = 0; j < n; ++j)
       for (int i = 0; i < m; ++i) jp[i] += jac[i + j * m] * p[j];
