@@ -65,7 +65,9 @@ double ActualReduction(const TrialOutcome& o) {
 }
 
 double ReductionRatio(const TrialOutcome& o) {
-  return o.predicted != 0.0 ? ActualReduction(o) / o.predicted : 0.0;
+  // A model that promises nothing, or an overflowing promise, earns no trust.
+  const bool promising = o.predicted > 0.0 && std::isfinite(o.predicted);
+  return promising ? ActualReduction(o) / o.predicted : 0.0;
 }
 
 bool IsStepSuccessful(const TrialOutcome& o) { return ReductionRatio(o) >= kAcceptRatio; }

@@ -35,7 +35,8 @@ struct TrialOutcome {
 // (‖F‖² − ‖F(x + p)‖²)/‖F‖², or −1 when ‖F(x + p)‖ ≥ 10‖F‖ or is not finite
 // (a value that large says nothing beyond "much worse").
 double ActualReduction(const TrialOutcome& outcome);
-// actual/predicted, 0 for a step the model expects nothing from.
+// actual/predicted, 0 for a step the model expects nothing (or no finite
+// amount) from.
 double ReductionRatio(const TrialOutcome& outcome);
 // A trial point becomes the new point when the ratio reaches this much.
 bool IsStepSuccessful(const TrialOutcome& outcome);

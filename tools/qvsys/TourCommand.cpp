@@ -2,13 +2,16 @@
 // set, fits the Longley regression through the kernels with progress on an
 // Aborter, compares every estimate with its certified value, saves the result as
 // a record tree into a stream file, reads it back, checks it, and shows the
-// file's structure.
+// file's structure; then fits a nonlinear model through the trust-region slot
+// and compares its estimates and standard errors with the certified ones.
+#include <qvsysbase/qvsysbase.h>
+
 #include <cstdio>
 #include <filesystem>
-#include <qvsysbase/qvsysbase.h>
 
 #include "Commands.h"
 #include "LinearRegression.h"
+#include "NonlinearFit.h"
 #include "ProgressDisplay.h"
 #include "RegressionRecord.h"
 
@@ -20,12 +23,16 @@ using qvsysbase::IntelSPLHandler;
 // Longley is hard for a reason: its columns are nearly collinear. A fit through
 // sound kernels keeps at least this many digits of every certified value.
 constexpr double kRequiredDigits = 11.0;
+// The nonlinear fit: the estimates to six digits, their standard errors to four.
+constexpr double kRequiredNonlinearDigits = 6.0;
+constexpr double kRequiredStandardErrorDigits = 4.0;
 
 void SelectFastKernels() {
   const unsigned threads = IntelSPLHandler::getDefaultThreads();
   IntelSPLHandler::setIntelSPLMode(IntelSPLHandler::SplModeMKL, static_cast<int>(threads));
   std::printf("kernel set: mode %d (BLAS/LAPACK/SLEEF), %u of %u processors\n\n",
-              static_cast<int>(IntelSPLHandler::getIntelSPLMode()), threads,
+              static_cast<int>(IntelSPLHandler::getIntelSPLMode()),
+              threads,
               IntelSPLHandler::getMaxThreads());
 }
 
@@ -41,13 +48,16 @@ double PrintComparison(const RegressionProblem& problem, const RegressionFit& fi
   std::printf("\n  %-4s %24s %24s %6s\n", "", "estimate", "certified", "digits");
   std::printf("  coefficients\n");
   for (std::size_t j = 0; j < fit.coefficients.size(); ++j) {
-    fewest = std::min(fewest, PrintRow(ParameterName(j).c_str(), fit.coefficients[j],
-                                       problem.certifiedCoefficients[j]));
+    fewest = std::min(
+        fewest,
+        PrintRow(ParameterName(j).c_str(), fit.coefficients[j], problem.certifiedCoefficients[j]));
   }
   std::printf("  standard errors\n");
   for (std::size_t j = 0; j < fit.standardErrors.size(); ++j) {
-    fewest = std::min(fewest, PrintRow(ParameterName(j).c_str(), fit.standardErrors[j],
-                                       problem.certifiedStandardErrors[j]));
+    fewest = std::min(
+        fewest,
+        PrintRow(
+            ParameterName(j).c_str(), fit.standardErrors[j], problem.certifiedStandardErrors[j]));
   }
   std::printf("  residual standard deviation\n");
   fewest = std::min(fewest, PrintRow("s", fit.residualSd, problem.certifiedResidualSd));
@@ -71,15 +81,60 @@ bool ReadBack(const RegressionRecord& saved, const std::string& path) {
   return same;
 }
 
+// Fits the nonlinear problem and prints it beside the certified values; true
+// when every estimate and standard error has its required digits.
+bool NonlinearSection(qvsysbase::Aborter& aborter) {
+  const NonlinearProblem problem = LoadMisra1a();
+  std::printf("\nnonlinear least squares on NIST StRD %s through nspTROptimise\n",
+              problem.name.c_str());
+  std::printf("model y = b1*(1 - exp(-b2*x)), %zu observations, from NIST's first start\n",
+              problem.x.size());
+  const NonlinearFit fit = FitNonlinear(problem, aborter);
+  if (fit.aborted) {
+    std::fprintf(stderr, "qvsys tour: aborted\n");
+    return false;
+  }
+  std::printf("\nstopped by rule %d after %d iterations, %d residual evaluations\n",
+              fit.stopCriterion,
+              fit.iterations,
+              fit.evaluations);
+  double estimates = 99.0, errors = 99.0;
+  std::printf("\n  %-4s %24s %24s %6s\n  estimates\n", "", "estimate", "certified", "digits");
+  for (std::size_t j = 0; j < fit.estimates.size(); ++j) {
+    const std::string name = "b" + std::to_string(j + 1);
+    estimates = std::min(estimates, PrintRow(name.c_str(), fit.estimates[j], problem.certified[j]));
+  }
+  std::printf("  standard errors\n");
+  if (fit.standardErrors.empty()) {
+    std::printf("  J'J is numerically singular: no standard errors\n");
+    errors = 0.0;
+  }
+  for (std::size_t j = 0; j < fit.standardErrors.size(); ++j) {
+    const std::string name = "b" + std::to_string(j + 1);
+    errors =
+        std::min(errors, PrintRow(name.c_str(), fit.standardErrors[j], problem.certifiedSd[j]));
+  }
+  std::printf(
+      "\nfewest correct digits: %.1f in the estimates (required: %.0f), %.1f in the "
+      "standard errors (required: %.0f)\n",
+      estimates,
+      kRequiredNonlinearDigits,
+      errors,
+      kRequiredStandardErrorDigits);
+  return fit.converged && estimates >= kRequiredNonlinearDigits &&
+         errors >= kRequiredStandardErrorDigits;
+}
+
 int RunTour(const Arguments& args) {
-  const std::string path = args.empty()
-      ? (std::filesystem::temp_directory_path() / "qvsys-tour.qvs").string()
-      : args[0];
+  const std::string path =
+      args.empty() ? (std::filesystem::temp_directory_path() / "qvsys-tour.qvs").string() : args[0];
   std::printf("qvsys tour: least squares on NIST StRD Longley\n\n");
   SelectFastKernels();
   const RegressionProblem problem = LoadLongley();
   std::printf("dataset %s: %d observations, %d regressors and an intercept\n",
-              problem.name.c_str(), problem.observations, problem.Regressors());
+              problem.name.c_str(),
+              problem.observations,
+              problem.Regressors());
 
   qvsysbase::Aborter aborter;
   ProgressDisplay display(stdout);
@@ -94,13 +149,16 @@ int RunTour(const Arguments& args) {
 
   const RegressionRecord record(problem, fit);
   SaveRecord(record, path);
-  std::printf("saved: %s (%ju bytes)\n", path.c_str(),
+  std::printf("saved: %s (%ju bytes)\n",
+              path.c_str(),
               static_cast<std::uintmax_t>(std::filesystem::file_size(path)));
   const bool same = ReadBack(record, path);
   std::printf("\nstructure of %s:\n", path.c_str());
   std::fflush(stdout);
   const int dumpStatus = RunDump({path});
-  return fewest >= kRequiredDigits && same && dumpStatus == 0 ? 0 : 1;
+  std::fflush(stdout);
+  const bool nonlinear = NonlinearSection(aborter);
+  return fewest >= kRequiredDigits && same && dumpStatus == 0 && nonlinear ? 0 : 1;
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 constexpr Command kCommands[] = {
     {"help", "help                 print this text", nullptr},
     {"dump", "dump FILE            print a stream's header and record tree", RunDump},
-    {"tour", "tour [FILE]          fit NIST Longley through the kernels, save, reload, dump", RunTourCommand},
+    {"tour", "tour [FILE]          fit NIST Longley through the kernels, save, reload, dump;\n                       fit NIST Misra1a through the trust-region slot", RunTourCommand},
 };
 
 int PrintUsage(std::ostream& os) {
