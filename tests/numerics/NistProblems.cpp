@@ -8,7 +8,6 @@
 #include <fstream>
 #include <map>
 #include <numbers>
-#include <regex>
 #include <sstream>
 
 namespace qvsysbase::testing {
@@ -75,14 +74,23 @@ std::filesystem::path NistDirectory() { return std::filesystem::path(QV_TEST_DAT
 
 // "  b3 =   start1   start2   certified   sd"
 bool ReadParameterLine(const std::string& line, NistProblem& problem) {
-  static const std::regex pattern(R"(^\s*b(\d+)\s*=\s*(\S+)\s+(\S+)\s+(\S+)\s+(\S+)\s*$)");
-  std::smatch match;
-  if (!std::regex_match(line, match, pattern)) return false;
-  problem.start1.push_back(std::stod(match[2]));
-  problem.start2.push_back(std::stod(match[3]));
-  problem.certified.push_back(std::stod(match[4]));
-  problem.certifiedSd.push_back(std::stod(match[5]));
+  std::istringstream in(line);
+  std::string name, equals;
+  double start1 = 0, start2 = 0, certified = 0, sd = 0;
+  if (!(in >> name >> equals >> start1 >> start2 >> certified >> sd)) return false;
+  if (name.size() < 2 || name[0] != 'b' || equals != "=") return false;
+  problem.start1.push_back(start1);
+  problem.start2.push_back(start2);
+  problem.certified.push_back(certified);
+  problem.certifiedSd.push_back(sd);
   return true;
+}
+
+// "Data:   y   x ..." opens the data block ("Data:   1 Response ..." does not).
+bool IsDataHeader(const std::string& line) {
+  std::istringstream in(line);
+  std::string label, first;
+  return in >> label >> first && label == "Data:" && first == "y";
 }
 
 void ReadDataLine(const std::string& line, NistProblem& problem) {
@@ -108,12 +116,11 @@ NistProblem LoadNistProblem(const std::string& name) {
   std::ifstream file(NistDirectory() / (name + ".dat"));
   std::string line;
   bool inData = false;
-  static const std::regex dataHeader(R"(^Data:\s+y\b.*)");
   while (std::getline(file, line)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (inData) {
       ReadDataLine(line, problem);
-    } else if (std::regex_match(line, dataHeader)) {
+    } else if (IsDataHeader(line)) {
       inData = true;
     } else if (line.rfind("Residual Sum of Squares:", 0) == 0) {
       problem.certifiedRss = std::stod(line.substr(line.find(':') + 1));
