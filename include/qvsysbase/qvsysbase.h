@@ -21,6 +21,7 @@
 #include "qvsysbase/RefCounterProt.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/SenderReceiver.h"
+#include "qvsysbase/SplittingInformation.h"
 #include "qvsysbase/StreamStructure.h"
 #include "qvsysbase/StreamObject.h"
 
