@@ -7,6 +7,7 @@
 #include "qvsysbase/CriticalSection.h"
 #include "qvsysbase/Cypher.h"
 #include "qvsysbase/Export.h"
+#include "qvsysbase/GridSelections.h"
 #include "qvsysbase/GroupDestructor.h"
 #include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"
