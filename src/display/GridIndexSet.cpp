@@ -8,9 +8,7 @@ namespace qvsysbase {
 
 namespace {
 // Members in first .. last inclusive; 64 bits because a run may hold all 2^32.
-std::uint64_t Members(unsigned first, unsigned last) {
-  return std::uint64_t{last} - first + 1;
-}
+std::uint64_t Members(unsigned first, unsigned last) { return std::uint64_t{last} - first + 1; }
 }  // namespace
 
 // Every run that overlaps or touches first .. last is absorbed into one new

@@ -1,5 +1,3 @@
-#include "qvsysbase/GridSelections.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,6 +8,8 @@
 #include <set>
 #include <sstream>
 #include <vector>
+
+#include "qvsysbase/GridSelections.h"
 
 namespace qvsysbase {
 namespace {
@@ -41,8 +41,10 @@ struct NaiveSelection {
 
   void Add(const Rect& r) {
     combined = rects.empty() ? r
-                             : Rect{std::min(combined.L, r.L), std::min(combined.T, r.T),
-                                    std::max(combined.R, r.R), std::max(combined.B, r.B)};
+                             : Rect{std::min(combined.L, r.L),
+                                    std::min(combined.T, r.T),
+                                    std::max(combined.R, r.R),
+                                    std::max(combined.B, r.B)};
     rects.push_back(r);
     for (unsigned row = r.T; row <= r.B; ++row) rows.insert(row);
     for (unsigned col = r.L; col <= r.R; ++col) cols.insert(col);
@@ -73,8 +75,10 @@ void ExpectSame(const GridSelections& sel, const NaiveSelection& model) {
   ASSERT_EQ(sel.getSelections(), model.rects);
   ASSERT_EQ(Combined(sel), model.combined);
   ASSERT_EQ(sel.getIsValidSelections(), model.valid);
-  ASSERT_EQ(Members(sel.getUsedRows()), std::vector<unsigned>(model.rows.begin(), model.rows.end()));
-  ASSERT_EQ(Members(sel.getUsedCols()), std::vector<unsigned>(model.cols.begin(), model.cols.end()));
+  ASSERT_EQ(Members(sel.getUsedRows()),
+            std::vector<unsigned>(model.rows.begin(), model.rows.end()));
+  ASSERT_EQ(Members(sel.getUsedCols()),
+            std::vector<unsigned>(model.cols.begin(), model.cols.end()));
   for (unsigned row = 0; row < 16; ++row) {
     ASSERT_EQ(sel.rowUsedInSelections(row), model.rows.count(row) == 1) << row;
     ASSERT_EQ(sel.colUsedInSelections(row), model.cols.count(row) == 1) << row;
@@ -143,15 +147,43 @@ TEST(GridSelectionsTest, TrimmingKeepsTheRuleAsItStands) {
     Rect combined;
     std::vector<unsigned> rows, cols;
   } cases[] = {
-      {"to 5 x 5", {{0, 0, 9, 9}}, 5, 5, true, {{0, 0, 4, 4}}, {0, 0, 4, 4},
-       {0, 1, 2, 3, 4}, {0, 1, 2, 3, 4}},
-      {"already inside", {{0, 0, 9, 9}}, 20, 20, false, {{0, 0, 9, 9}}, {0, 0, 9, 9},
-       {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}},
-      {"right of the limit kept reversed", {{0, 0, 1, 1}, {8, 1, 9, 2}}, 5, 5, true,
-       {{0, 0, 1, 1}, {8, 1, 4, 2}}, {0, 0, 4, 2}, {0, 1, 2}, {0, 1}},
+      {"to 5 x 5",
+       {{0, 0, 9, 9}},
+       5,
+       5,
+       true,
+       {{0, 0, 4, 4}},
+       {0, 0, 4, 4},
+       {0, 1, 2, 3, 4},
+       {0, 1, 2, 3, 4}},
+      {"already inside",
+       {{0, 0, 9, 9}},
+       20,
+       20,
+       false,
+       {{0, 0, 9, 9}},
+       {0, 0, 9, 9},
+       {0, 1, 2, 3, 4, 5, 6, 7, 8, 9},
+       {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}},
+      {"right of the limit kept reversed",
+       {{0, 0, 1, 1}, {8, 1, 9, 2}},
+       5,
+       5,
+       true,
+       {{0, 0, 1, 1}, {8, 1, 4, 2}},
+       {0, 0, 4, 2},
+       {0, 1, 2},
+       {0, 1}},
       {"wholly outside", {{8, 1, 9, 2}}, 5, 5, true, {}, {0, 0, 0, 0}, {}, {}},
-      {"right and below removed", {{0, 0, 1, 1}, {8, 8, 9, 9}}, 5, 5, true, {{0, 0, 1, 1}},
-       {0, 0, 4, 4}, {0, 1}, {0, 1}},
+      {"right and below removed",
+       {{0, 0, 1, 1}, {8, 8, 9, 9}},
+       5,
+       5,
+       true,
+       {{0, 0, 1, 1}},
+       {0, 0, 4, 4},
+       {0, 1},
+       {0, 1}},
       // The limits wrap to 4294967295: nothing is trimmed, but every used row
       // and column up to the combined end has been dropped.
       {"to 0 x 0", {{1, 2, 3, 4}}, 0, 0, false, {{1, 2, 3, 4}}, {1, 2, 3, 4}, {}, {}},
@@ -182,8 +214,7 @@ TEST(GridSelectionsTest, CompareIsATotalOrder) {
       {"bottom before right", {{0, 0, 9, 1}}, {{0, 0, 1, 2}}, true, -1},
       {"combined before count", {{0, 0, 5, 5}}, {{0, 0, 1, 1}, {1, 1, 4, 4}}, true, 1},
       {"count before rectangles", {{0, 0, 5, 5}, {0, 0, 5, 5}}, {{0, 0, 5, 5}}, true, 1},
-      {"rectangles in order", {{0, 0, 5, 5}, {1, 1, 1, 1}}, {{0, 0, 5, 5}, {1, 1, 2, 1}}, true,
-       -1},
+      {"rectangles in order", {{0, 0, 5, 5}, {1, 1, 1, 1}}, {{0, 0, 5, 5}, {1, 1, 2, 1}}, true, -1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

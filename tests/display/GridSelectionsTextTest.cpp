@@ -55,8 +55,11 @@ TEST(GridSelectionsTextDeathTest, ReaderAcceptsOnlyWhatTheWriterWrites) {
     Rects rects;
     bool valid, streamFailed;
   } cases[] = {
-      {"two rectangles", L"<Selections(L,T,R,B):2(1,2,3,4)(5,6,7,8)>\n",
-       {{1, 2, 3, 4}, {5, 6, 7, 8}}, true, false},
+      {"two rectangles",
+       L"<Selections(L,T,R,B):2(1,2,3,4)(5,6,7,8)>\n",
+       {{1, 2, 3, 4}, {5, 6, 7, 8}},
+       true,
+       false},
       {"none", L"<Selections(L,T,R,B):0>", {}, true, false},
       {"header not checked", L"anything:1(1,2,3,4)>", {{1, 2, 3, 4}}, true, false},
       {"blanks skipped", L"  <x> :\n 1 ( 1 , 2 ,\t3 , 4 ) > ", {{1, 2, 3, 4}}, true, false},

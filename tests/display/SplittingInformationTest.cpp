@@ -1,11 +1,10 @@
-#include "qvsysbase/SplittingInformation.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "display/SplitTrees.h"
+#include "qvsysbase/SplittingInformation.h"
 #include "qvsysbase/qvExcept.h"
 
 namespace qvsysbase {
@@ -30,19 +29,47 @@ std::vector<ShapeCase> ShapeCases() {
       {"leaf", Leaf(), 1, 1, 1, {}, {}, {{0}, {-1}}},
       {"side-by-side leaf", Leaf(1), 1, 1, 1, {}, {}, {{0}, {-1}}},
       {"two stacked", Stacked({Leaf(), Leaf()}), 2, 1, 2, {0}, {1}, {{0}, {1}, {}}},
-      {"three side by side", SideBySide({Leaf(), Leaf(), Leaf()}), 1, 3, 3, {}, {},
+      {"three side by side",
+       SideBySide({Leaf(), Leaf(), Leaf()}),
+       1,
+       3,
+       3,
+       {},
+       {},
        {{0, 1, 2}, {-1, -1, -1}}},
-      {"leaf beside a stacked pair", SideBySide({Leaf(), Stacked({Leaf(), Leaf()})}), 2, 2, 3,
-       {}, {}, {{0, 1}, {-1, 2}, {-1}}},
+      {"leaf beside a stacked pair",
+       SideBySide({Leaf(), Stacked({Leaf(), Leaf()})}),
+       2,
+       2,
+       3,
+       {},
+       {},
+       {{0, 1}, {-1, 2}, {-1}}},
       // A wide row over a tall one: line 1 lists the second row's leaves only,
       // with the numbers they have in the whole tree.
       {"row of three over a stacked pair",
-       Stacked({SideBySide({Leaf(), Leaf(), Leaf()}), Stacked({Leaf(), Leaf()})}), 3, 3, 5,
-       {0, 1, 2}, {3, 4}, {{0, 1, 2}, {3}, {4}, {}}},
-      {"stacked over one leaf", Stacked({Stacked({Leaf(), Leaf()}), Leaf()}), 3, 1, 3, {0, 1},
-       {2}, {{0}, {1}, {2}, {}}},
+       Stacked({SideBySide({Leaf(), Leaf(), Leaf()}), Stacked({Leaf(), Leaf()})}),
+       3,
+       3,
+       5,
+       {0, 1, 2},
+       {3, 4},
+       {{0, 1, 2}, {3}, {4}, {}}},
+      {"stacked over one leaf",
+       Stacked({Stacked({Leaf(), Leaf()}), Leaf()}),
+       3,
+       1,
+       3,
+       {0, 1},
+       {2},
+       {{0}, {1}, {2}, {}}},
       {"nested side by side",
-       SideBySide({Stacked({Leaf(), SideBySide({Leaf(), Leaf()})}), Leaf()}), 2, 3, 4, {}, {},
+       SideBySide({Stacked({Leaf(), SideBySide({Leaf(), Leaf()})}), Leaf()}),
+       2,
+       3,
+       4,
+       {},
+       {},
        {{0, 3}, {1, 2, -1}, {-1}}},
       {"one child", Stacked({Leaf()}), 1, 1, 1, {0}, {}, {{0}, {}}},
   };
@@ -93,13 +120,16 @@ TEST(SplittingInformationTest, EqualityComparesShapesNotInnerTypes) {
       {"equal leaves", Leaf(0), Leaf(0), true},
       {"leaves of different types", Leaf(0), Leaf(1), false},
       {"inner types differ", Stacked({Leaf(), Leaf()}), SideBySide({Leaf(), Leaf()}), true},
-      {"child counts differ", Stacked({Leaf(), Leaf()}), Stacked({Leaf(), Leaf(), Leaf()}),
-       false},
+      {"child counts differ", Stacked({Leaf(), Leaf()}), Stacked({Leaf(), Leaf(), Leaf()}), false},
       {"leaf against a node", Leaf(), Stacked({Leaf()}), false},
-      {"deep leaf types differ", Stacked({Leaf(), SideBySide({Leaf(0), Leaf(1)})}),
-       Stacked({Leaf(), SideBySide({Leaf(0), Leaf(0)})}), false},
-      {"deep inner types differ", Stacked({Leaf(), Stacked({Leaf(), Leaf()})}),
-       SideBySide({Leaf(), SideBySide({Leaf(), Leaf()})}), true},
+      {"deep leaf types differ",
+       Stacked({Leaf(), SideBySide({Leaf(0), Leaf(1)})}),
+       Stacked({Leaf(), SideBySide({Leaf(0), Leaf(0)})}),
+       false},
+      {"deep inner types differ",
+       Stacked({Leaf(), Stacked({Leaf(), Leaf()})}),
+       SideBySide({Leaf(), SideBySide({Leaf(), Leaf()})}),
+       true},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
