@@ -1,6 +1,7 @@
 // qvsys tour: the library end to end on embedded data. Selects the fast kernel
 // set, fits the Longley regression through the kernels with progress on an
-// Aborter, compares every estimate with its certified value, saves the result as
+// Aborter, compares every estimate with its certified value, shows the estimates
+// as a grid object with its clipboard text, saves the result as
 // a record tree into a stream file, reads it back, checks it, and shows the
 // file's structure; then fits a nonlinear model through the trust-region slot
 // and compares its estimates and standard errors with the certified ones.
@@ -10,6 +11,7 @@
 #include <filesystem>
 
 #include "Commands.h"
+#include "EstimatesGrid.h"
 #include "LinearRegression.h"
 #include "NonlinearFit.h"
 #include "ProgressDisplay.h"
@@ -146,6 +148,7 @@ int RunTour(const Arguments& args) {
   }
   const double fewest = PrintComparison(problem, fit);
   std::printf("\nfewest correct digits: %.1f (required: %.0f)\n\n", fewest, kRequiredDigits);
+  const bool gridShown = ShowEstimatesGrid(problem, fit, kRequiredDigits);
 
   const RegressionRecord record(problem, fit);
   SaveRecord(record, path);
@@ -158,7 +161,7 @@ int RunTour(const Arguments& args) {
   const int dumpStatus = RunDump({path});
   std::fflush(stdout);
   const bool nonlinear = NonlinearSection(aborter);
-  return fewest >= kRequiredDigits && same && dumpStatus == 0 && nonlinear ? 0 : 1;
+  return fewest >= kRequiredDigits && gridShown && same && dumpStatus == 0 && nonlinear ? 0 : 1;
 }
 
 }  // namespace
