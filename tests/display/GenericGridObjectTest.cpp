@@ -41,6 +41,7 @@ struct ForwardingGrid : BareGrid {
 
 TEST(GenericGridObjectTest, BareGridHasHarmlessDefaults) {
   BareGrid g;
+  // One view of 1 x 1 cells under one fixed row and column, no valid point.
   EXPECT_EQ(std::make_tuple(g.GetViewNumber(),
                             g.GetView(3),
                             g.GetGridHeight(0),
@@ -49,43 +50,41 @@ TEST(GenericGridObjectTest, BareGridHasHarmlessDefaults) {
                             g.GetGridFixedCols(0)),
             std::make_tuple(1u, 1u, 1u, 1u, 1u, 1u));
   EXPECT_FALSE(g.IsValidGridPoint(0, 0, 0));
-  EXPECT_EQ(g.GetGridElementText(0, 0, 0, 0), L"");
-  EXPECT_EQ(g.GetVerticalGridHeader(0, 0, 0, 0) + g.GetHorizontalGridHeader(0, 0, 0, 0) +
-                g.GetCornerGridHeader(0, 0, 0, 0) + g.GetGridEditText(7, 8, 9),
+  EXPECT_EQ(g.GetGridElementText(0, 0, 0, 0) + g.GetVerticalGridHeader(0, 0, 0, 0) +
+                g.GetHorizontalGridHeader(0, 0, 0, 0) + g.GetCornerGridHeader(0, 0, 0, 0),
             L"");
-  std::vector<std::wstring> lines{L"kept"};
-  g.GetGridTitle(lines, 0);
-  g.GetGridFooter(lines, 0);
-  EXPECT_EQ(lines, std::vector<std::wstring>{L"kept"});
-  std::vector<unsigned> separators{4};
-  g.GetSeparators(separators, 0);
-  EXPECT_EQ(separators, std::vector<unsigned>{4});
+  // Visible, plain colours on background 68, borders as the caller's default.
   EXPECT_TRUE(g.GetGridCellVisibility(0, 0, 0, 0, false) &&
               g.GetVerGridCellVisibility(0, 0, 0, 0, false) &&
               g.GetHorGridCellVisibility(0, 0, 0, 0, false) &&
               g.GetCornerGridCellVisibility(0, 0, 0, 0, false));
-  EXPECT_EQ(g.GetGridCellBackgroundColor(0, 0, 0, 0), 68u);
   EXPECT_EQ(g.GetGridCellColor(0, 0, 0, 0, false) + g.GetVerGridHeaderColor(0, 0, 0, 0, false) +
                 g.GetHorGridHeaderColor(0, 0, 0, 0, false) +
                 g.GetCornerGridHeaderColor(0, 0, 0, 0, false) + g.getLongCellLocation(0),
             0u);
+  EXPECT_EQ(g.GetGridCellBackgroundColor(0, 0, 0, 0), 68u);
   EXPECT_EQ(g.GetCellBorders(1, 2, 0, 13), 13u);
+  // No title, nothing to sort, paste or change; sums allowed.
   EXPECT_FALSE(g.CanChangeGridTitle() || g.CanChangeFooterTitle() ||
                g.IsGridCellBoldface(0, 0, 0, 0) || g.IsSplitGridCell(0, 0, 0, false) ||
                g.IsAlternativeCopying(0) || g.IsSelectionGrid(0) || g.CanGridSortRows(0) ||
                g.IsDescending(0) || g.PasteTextSelection(L"1", 0, 0, 0, 0, 0));
   EXPECT_TRUE(g.CanSumSelectedCells(0));
+  // Out-parameters are left alone.
+  std::vector<std::wstring> lines{L"kept"};
+  std::vector<unsigned> separators{4};
   double width = 2.5;
-  EXPECT_FALSE(g.GetFastDefaultCellWidth(0, width));
-  EXPECT_EQ(width, 2.5);
-  EXPECT_EQ(&g.GetSplitInfo(0, 0, 0, true), &SplittingInformation::GetHorizontalCut());
-  EXPECT_EQ(g.CellLength(0, 0, 0, false), 1u);
-  EXPECT_EQ(g.getCellWidth(0, 0, 0, false) + g.getCellHeight(0, 0, 0, false) +
-                g.getCellSize(0, 0, 0, false),
-            3u);
   std::wstring text = L"kept";
+  g.GetGridTitle(lines, 0), g.GetGridFooter(lines, 0), g.GetSeparators(separators, 0);
+  EXPECT_FALSE(g.GetFastDefaultCellWidth(0, width));
   g.CopyTextSelectionAlt(0, 0, 0, 0, 0, text, true, true);
-  EXPECT_EQ(text, L"kept");
+  EXPECT_EQ(std::make_tuple(lines.size(), separators.size(), width, text),
+            std::make_tuple(1u, 1u, 2.5, std::wstring(L"kept")));
+  // Unsplit cells are 1 x 1 with one sub-cell; the split tree is the shared cut.
+  EXPECT_EQ(&g.GetSplitInfo(0, 0, 0, true), &SplittingInformation::GetHorizontalCut());
+  EXPECT_EQ(g.CellLength(0, 0, 0, false) + g.getCellWidth(0, 0, 0, false) +
+                g.getCellHeight(0, 0, 0, false) + g.getCellSize(0, 0, 0, false),
+            4u);
 }
 
 TEST(GenericGridObjectTest, BaseForwardsThroughTheVirtualTable) {
@@ -190,64 +189,32 @@ std::uintptr_t SlotOf(F member) {
 
 TEST(GenericGridObjectTest, VirtualTableKeepsItsSlotOrder) {
   using G = GenericGridObject;
+  // clang-format off
   const std::uintptr_t slots[] = {
-      SlotOf(&G::GetViewNumber),
-      SlotOf(&G::GetView),
-      SlotOf(&G::GetGridHeight),
-      SlotOf(&G::GetGridWidth),
-      SlotOf(&G::IsValidGridPoint),
-      SlotOf(&G::GetGridElementText),
-      SlotOf(&G::GetGridTitle),
-      SlotOf(&G::SetGridTitle),
-      SlotOf(&G::CanChangeGridTitle),
-      SlotOf(&G::GetGridFooter),
-      SlotOf(&G::SetGridFooter),
-      SlotOf(&G::CanChangeFooterTitle),
-      SlotOf(&G::GetGridCellVisibility),
-      SlotOf(&G::IsSplitGridCell),
-      SlotOf(&G::CellLength),
-      SlotOf(&G::getLongCellLocation),
-      SlotOf(&G::GetSplitInfo),
-      SlotOf(&G::GetGridCellColor),
-      SlotOf(&G::GetGridCellBackgroundColor),
-      SlotOf(&G::IsGridCellBoldface),
-      SlotOf(&G::GetGridEditText),
-      SlotOf(&G::GetVerticalGridHeader),
-      SlotOf(&G::GetVerGridHeaderColor),
-      SlotOf(&G::GetVerGridCellVisibility),
-      SlotOf(&G::GetHorizontalGridHeader),
-      SlotOf(&G::GetHorGridHeaderColor),
-      SlotOf(&G::GetHorGridCellVisibility),
-      SlotOf(&G::GetCornerGridHeader),
-      SlotOf(&G::GetCornerGridHeaderColor),
-      SlotOf(&G::GetCornerGridCellVisibility),
-      SlotOf(&G::GetSeparators),
-      SlotOf(&G::RequestCellAction),
-      SlotOf(&G::RequestCellActionEx),
-      SlotOf(&G::GetActiveCellDelta),
-      SlotOf(&G::SetGridElementValue),
-      SlotOf(&G::SetGridElementValueEx),
-      SlotOf(&G::SetGridElementMultiValues),
-      SlotOf(&G::GetGridFixedRows),
-      SlotOf(&G::GetGridFixedCols),
-      SlotOf(&G::GetCellBorders),
-      SlotOf(&G::CopyAllTextSelections),
-      SlotOf(&G::IsAlternativeCopying),
-      SlotOf(&G::CopyTextSelectionAlt),
-      SlotOf(&G::getCellWidth),
-      SlotOf(&G::getCellHeight),
-      SlotOf(&G::getCellSize),
-      SlotOf(&G::IsSelectionGrid),
-      SlotOf(&G::PasteTextSelection),
-      SlotOf(&G::CanGridSortRows),
-      SlotOf(&G::SortAscending),
-      SlotOf(&G::SortDescending),
-      SlotOf(&G::IsDescending),
-      SlotOf(&G::GetFastDefaultCellWidth),
-      SlotOf(&G::SetViewDefaults),
-      SlotOf(&G::CanSumSelectedCells),
-      SlotOf(&G::GetSender),
+      SlotOf(&G::GetViewNumber), SlotOf(&G::GetView), SlotOf(&G::GetGridHeight),
+      SlotOf(&G::GetGridWidth), SlotOf(&G::IsValidGridPoint), SlotOf(&G::GetGridElementText),
+      SlotOf(&G::GetGridTitle), SlotOf(&G::SetGridTitle), SlotOf(&G::CanChangeGridTitle),
+      SlotOf(&G::GetGridFooter), SlotOf(&G::SetGridFooter), SlotOf(&G::CanChangeFooterTitle),
+      SlotOf(&G::GetGridCellVisibility), SlotOf(&G::IsSplitGridCell), SlotOf(&G::CellLength),
+      SlotOf(&G::getLongCellLocation), SlotOf(&G::GetSplitInfo), SlotOf(&G::GetGridCellColor),
+      SlotOf(&G::GetGridCellBackgroundColor), SlotOf(&G::IsGridCellBoldface),
+      SlotOf(&G::GetGridEditText), SlotOf(&G::GetVerticalGridHeader),
+      SlotOf(&G::GetVerGridHeaderColor), SlotOf(&G::GetVerGridCellVisibility),
+      SlotOf(&G::GetHorizontalGridHeader), SlotOf(&G::GetHorGridHeaderColor),
+      SlotOf(&G::GetHorGridCellVisibility), SlotOf(&G::GetCornerGridHeader),
+      SlotOf(&G::GetCornerGridHeaderColor), SlotOf(&G::GetCornerGridCellVisibility),
+      SlotOf(&G::GetSeparators), SlotOf(&G::RequestCellAction), SlotOf(&G::RequestCellActionEx),
+      SlotOf(&G::GetActiveCellDelta), SlotOf(&G::SetGridElementValue),
+      SlotOf(&G::SetGridElementValueEx), SlotOf(&G::SetGridElementMultiValues),
+      SlotOf(&G::GetGridFixedRows), SlotOf(&G::GetGridFixedCols), SlotOf(&G::GetCellBorders),
+      SlotOf(&G::CopyAllTextSelections), SlotOf(&G::IsAlternativeCopying),
+      SlotOf(&G::CopyTextSelectionAlt), SlotOf(&G::getCellWidth), SlotOf(&G::getCellHeight),
+      SlotOf(&G::getCellSize), SlotOf(&G::IsSelectionGrid), SlotOf(&G::PasteTextSelection),
+      SlotOf(&G::CanGridSortRows), SlotOf(&G::SortAscending), SlotOf(&G::SortDescending),
+      SlotOf(&G::IsDescending), SlotOf(&G::GetFastDefaultCellWidth), SlotOf(&G::SetViewDefaults),
+      SlotOf(&G::CanSumSelectedCells), SlotOf(&G::GetSender),
   };
+  // clang-format on
   for (std::size_t i = 0; i < std::size(slots); ++i) {
     EXPECT_EQ(slots[i], i + 2) << "operation " << i + 2 << " of the table";
   }

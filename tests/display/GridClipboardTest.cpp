@@ -71,165 +71,96 @@ void Select(GridSelections& s, unsigned L, unsigned T, unsigned R, unsigned B) {
 }
 
 TEST_F(GridClipboardTest, LaysOutRowsColumnsAndHeaders) {
+  // clang-format off
   const CopyCase cases[] = {
-      {"one rectangle",
-       [](TableGrid&, GridSelections& s) { Select(s, 0, 0, 2, 1); },
-       kPlain,
+      {"one rectangle", [](TableGrid&, GridSelections& s) { Select(s, 0, 0, 2, 1); }, kPlain,
        L"r0c0.0~r0c1.0~r0c2.0\nr1c0.0~r1c1.0~r1c2.0\n"},
-      {"with headers",
-       [](TableGrid&, GridSelections& s) { Select(s, 1, 0, 2, 0); },
-       kHeaders,
+      {"ends reversed by a trim", [](TableGrid&, GridSelections& s) { Select(s, 2, 1, 0, 0); },
+       kPlain, L"r0c0.0~r0c1.0~r0c2.0\nr1c0.0~r1c1.0~r1c2.0\n"},
+      {"with headers", [](TableGrid&, GridSelections& s) { Select(s, 1, 0, 2, 0); }, kHeaders,
        L"hdr~col1~col2\nrow0~r0c1.0~r0c2.0\n"},
-      {"two header rows and columns",
-       [](TableGrid& g, GridSelections& s) {
+      {"two header rows and columns", [](TableGrid& g, GridSelections& s) {
          g.fixedRows = 2, g.fixedCols = 2, Select(s, 2, 1, 2, 1);
-       },
-       kHeaders,
-       L"hdr~hdr~col2\nhdr~hdr~col2\nrow1~row1~r1c2.0\n"},
-      {"ends reversed by a trim",
-       [](TableGrid&, GridSelections& s) { Select(s, 2, 1, 0, 0); },
-       kPlain,
-       L"r0c0.0~r0c1.0~r0c2.0\nr1c0.0~r1c1.0~r1c2.0\n"},
-      {"cells outside the rectangles stay empty",
-       [](TableGrid& g, GridSelections& s) {
-         g.colours[{1, 2, 0}] = 2;
-         Select(s, 0, 0, 0, 0), Select(s, 2, 1, 2, 1);
-       },
-       kBoth,
-       L"hdr~col0~col1~col2\nrow0~r0c0.0~~\nrow1~~~r1c2.0\n"},
-      {"separator columns",
-       [](TableGrid& g, GridSelections& s) {
-         g.separators = {0, 1};
-         Select(s, 0, 0, 4, 0);
-       },
-       kBoth,
-       L"hdr~col0~[[||]]~col1~[[||]]~col2\nrow0~r0c0.0~~r0c1.0~~r0c2.0\n"},
-      {"invalid point",
-       [](TableGrid& g, GridSelections& s) {
-         g.invalid.insert({2, 2});
-         Select(s, 0, 1, 2, 1);
-       },
-       kPlain,
-       L"r1c0.0~~r1c2.0\n"},
-      {"numbers lose trailing zeroes",
-       [](TableGrid& g, GridSelections& s) {
+       }, kHeaders, L"hdr~hdr~col2\nhdr~hdr~col2\nrow1~row1~r1c2.0\n"},
+      {"cells outside the rectangles stay empty", [](TableGrid& g, GridSelections& s) {
+         g.colours[{1, 2, 0}] = 2, Select(s, 0, 0, 0, 0), Select(s, 2, 1, 2, 1);
+       }, kBoth, L"hdr~col0~col1~col2\nrow0~r0c0.0~~\nrow1~~~r1c2.0\n"},
+      {"separator columns", [](TableGrid& g, GridSelections& s) {
+         g.separators = {0, 1}, Select(s, 0, 0, 4, 0);
+       }, kBoth, L"hdr~col0~[[||]]~col1~[[||]]~col2\nrow0~r0c0.0~~r0c1.0~~r0c2.0\n"},
+      {"invalid point", [](TableGrid& g, GridSelections& s) {
+         g.invalid.insert({2, 2}), Select(s, 0, 1, 2, 1);
+       }, kPlain, L"r1c0.0~~r1c2.0\n"},
+      {"numbers lose trailing zeroes", [](TableGrid& g, GridSelections& s) {
          g.texts[{1, 1, 0}] = L"2.500", g.texts[{1, 2, 0}] = L"Model 1.0";
-         g.texts[{1, 3, 0}] = L"-3.000e+05";
-         Select(s, 0, 0, 2, 0);
-       },
-       kPlain,
-       L"2.5~Model 1.0~-3e+05\n"},
+         g.texts[{1, 3, 0}] = L"-3.000e+05", Select(s, 0, 0, 2, 0);
+       }, kPlain, L"2.5~Model 1.0~-3e+05\n"},
   };
+  // clang-format on
   for (const CopyCase& c : cases) Run(c);
 }
 
 TEST_F(GridClipboardTest, SplitCellsWidenColumnsAndRows) {
+  // clang-format off
   const CopyCase cases[] = {
       // Leaves 0 | 1 side by side: the column is two positions wide everywhere.
-      {"side by side",
-       [](TableGrid& g, GridSelections& s) {
+      {"side by side", [](TableGrid& g, GridSelections& s) {
          g.dataSplits.insert_or_assign({1, 2}, SideBySide({Leaf(), Leaf()}));
          Select(s, 0, 0, 2, 1);
-       },
-       kHeaders,
+       }, kHeaders,
        L"hdr~col0~col1~~col2\nrow0~r0c0.0~r0c1.0~r0c1.1~r0c2.0\nrow1~r1c0.0~r1c1.0~~r1c2.0\n"},
       // Leaves 0 over 1: the row is two lines tall; the other cells cover the
       // second line from above.
-      {"stacked, plain",
-       [](TableGrid& g, GridSelections& s) {
+      {"stacked, plain", [](TableGrid& g, GridSelections& s) {
          g.dataSplits.insert_or_assign({1, 2}, Stacked({Leaf(), Leaf()}));
          Select(s, 0, 0, 2, 0);
-       },
-       kPlain,
-       L"r0c0.0~r0c1.0~r0c2.0\n~r0c1.1~\n"},
-      {"stacked, mark-up",
-       [](TableGrid& g, GridSelections& s) {
+       }, kPlain, L"r0c0.0~r0c1.0~r0c2.0\n~r0c1.1~\n"},
+      {"stacked, mark-up", [](TableGrid& g, GridSelections& s) {
          g.dataSplits.insert_or_assign({1, 2}, Stacked({Leaf(), Leaf()}));
-         g.borders[{1, 2}] = 15;
-         Select(s, 0, 0, 2, 0);
-       },
-       kBoth,
-       L"hdr~col0~col1~col2\nrow0~r0c0.0~[[B>]]r0c1.0~r0c2.0\n"
-       L"[[S1]][[^^]]~[[^^]]~[[B;]]r0c1.1~[[^^]]\n"},
-      // A header split both ways: column headers are header-row cells, so the
-      // filler is "[[<<]]" and a covered leaf is an empty position.
-      {"split column header",
-       [](TableGrid& g, GridSelections& s) {
+         g.borders[{1, 2}] = 15, Select(s, 0, 0, 2, 0);
+       }, kBoth, L"hdr~col0~col1~col2\nrow0~r0c0.0~[[B>]]r0c1.0~r0c2.0\n"
+                 L"[[S1]][[^^]]~[[^^]]~[[B;]]r0c1.1~[[^^]]\n"},
+      // Column headers are header-row cells: the filler is "[[<<]]" and a
+      // covered leaf an empty position.
+      {"split column header", [](TableGrid& g, GridSelections& s) {
          g.headerSplits.insert_or_assign({0, 1}, Stacked({SideBySide({Leaf(), Leaf()}), Leaf()}));
-         g.headerColours[{0, 1, 2}] = 10;
-         Select(s, 0, 0, 1, 0);
-       },
-       kBoth,
-       L"hdr~[[+3]]col0.0~[[+3]]col0.1~col1\n[[S1]]~[[+3]][[C:]]col0.2~[[<<]]~\n"
-       L"row0~r0c0.0~~r0c1.0\n"},
-      {"split row header",
-       [](TableGrid& g, GridSelections& s) {
+         g.headerColours[{0, 1, 2}] = 10, Select(s, 0, 0, 1, 0);
+       }, kBoth, L"hdr~[[+3]]col0.0~[[+3]]col0.1~col1\n[[S1]]~[[+3]][[C:]]col0.2~[[<<]]~\n"
+                 L"row0~r0c0.0~~r0c1.0\n"},
+      {"split row header", [](TableGrid& g, GridSelections& s) {
          g.headerSplits.insert_or_assign({1, 0}, Stacked({Leaf(), Leaf()}));
-         g.headerColours[{1, 0, 0}] = 16;
-         Select(s, 0, 0, 0, 0);
-       },
-       kBoth,
-       L"hdr~col0\n[[+2]]row0.0~r0c0.0\n[[S1]][[+2]]row0.1~[[^^]]\n"},
-      {"invalid split cell is copied unsplit",
-       [](TableGrid& g, GridSelections& s) {
+         g.headerColours[{1, 0, 0}] = 16, Select(s, 0, 0, 0, 0);
+       }, kBoth, L"hdr~col0\n[[+2]]row0.0~r0c0.0\n[[S1]][[+2]]row0.1~[[^^]]\n"},
+      {"invalid split cell is copied unsplit", [](TableGrid& g, GridSelections& s) {
          g.dataSplits.insert_or_assign({1, 1}, Stacked({Leaf(), Leaf()}));
-         g.invalid.insert({1, 1});
-         Select(s, 0, 0, 0, 0);
-       },
-       kMarkup,
-       L"[[XX]]\n[[S1]][[^^]]\n"},
+         g.invalid.insert({1, 1}), Select(s, 0, 0, 0, 0);
+       }, kMarkup, L"[[XX]]\n[[S1]][[^^]]\n"},
   };
+  // clang-format on
   for (const CopyCase& c : cases) Run(c);
 }
 
-// Every data token, alone and in its order.
+// The data tokens in their order, and the colours that need none.
 TEST_F(GridClipboardTest, DataCellTokens) {
+  // clang-format off
   const CopyCase cases[] = {
-      {"colour 2",
-       [](TableGrid& g, GridSelections& s) {
-         g.colours[{1, 1, 0}] = 2, Select(s, 0, 0, 0, 0);
-       },
-       kMarkup,
-       L"[[C2]]r0c0.0\n"},
-      {"plain colours",
-       [](TableGrid& g, GridSelections& s) {
-         g.colours[{1, 1, 0}] = 1, g.colours[{1, 2, 0}] = 16, Select(s, 0, 0, 1, 0);
-       },
-       kMarkup,
-       L"r0c0.0~r0c1.0\n"},
-      {"colour 10 is ':'",
-       [](TableGrid& g, GridSelections& s) {
+      {"plain colours", [](TableGrid& g, GridSelections& s) {
+         g.colours[{1, 1, 0}] = 1, g.colours[{1, 2, 0}] = 16, g.backgrounds[{1, 2, 0}] = 68;
+         Select(s, 0, 0, 1, 0);
+       }, kMarkup, L"r0c0.0~r0c1.0\n"},
+      {"one character per value", [](TableGrid& g, GridSelections& s) {
          g.colours[{1, 1, 0}] = 10, Select(s, 0, 0, 0, 0);
-       },
-       kMarkup,
-       L"[[C:]]r0c0.0\n"},
-      {"background",
-       [](TableGrid& g, GridSelections& s) {
-         g.backgrounds[{1, 1, 0}] = 3, g.backgrounds[{1, 2, 0}] = 68, Select(s, 0, 0, 1, 0);
-       },
-       kMarkup,
-       L"[[I3]]r0c0.0~r0c1.0\n"},
-      {"bold",
-       [](TableGrid& g, GridSelections& s) {
-         g.bold.insert({1, 1, 0}), Select(s, 0, 0, 0, 0);
-       },
-       kMarkup,
-       L"[[EE]]r0c0.0\n"},
-      {"all in order",
-       [](TableGrid& g, GridSelections& s) {
+       }, kMarkup, L"[[C:]]r0c0.0\n"},
+      {"all in order", [](TableGrid& g, GridSelections& s) {
          g.borders[{1, 1}] = 5, g.colours[{1, 1, 0}] = 4, g.backgrounds[{1, 1, 0}] = 0;
          g.bold.insert({1, 1, 0}), Select(s, 0, 0, 0, 0);
-       },
-       kMarkup,
-       L"[[B5]][[C4]][[I0]][[EE]]r0c0.0\n"},
-      {"no tokens without mark-up",
-       [](TableGrid& g, GridSelections& s) {
+       }, kMarkup, L"[[B5]][[C4]][[I0]][[EE]]r0c0.0\n"},
+      {"no tokens without mark-up", [](TableGrid& g, GridSelections& s) {
          g.borders[{1, 1}] = 5, g.colours[{1, 1, 0}] = 4, g.invalid.insert({1, 2});
          g.separators = {1}, Select(s, 0, 0, 2, 0);
-       },
-       kHeaders,
-       L"hdr~col0~col1~\nrow0~r0c0.0~~\n"},
+       }, kHeaders, L"hdr~col0~col1~\nrow0~r0c0.0~~\n"},
   };
+  // clang-format on
   for (const CopyCase& c : cases) Run(c);
 }
 
@@ -252,25 +183,19 @@ TEST_F(GridClipboardTest, DocumentedExample) {
 }
 
 TEST_F(GridClipboardTest, NothingToCopyGivesAnEmptyText) {
+  const auto select = [](unsigned R, unsigned B) {
+    return [=](TableGrid&, GridSelections& s) { Select(s, 0, 0, R, B); };
+  };
+  // clang-format off
   const CopyCase cases[] = {
       {"no rectangle", [](TableGrid&, GridSelections&) {}, kBoth, L""},
-      {"below the last row",
-       [](TableGrid&, GridSelections& s) { Select(s, 0, 0, 0, 2); },
-       kBoth,
-       L""},
-      {"right of the last column",
-       [](TableGrid&, GridSelections& s) { Select(s, 0, 0, 3, 0); },
-       kBoth,
-       L""},
-      {"the whole coordinate range",
-       [](TableGrid&, GridSelections& s) { Select(s, 0, 0, kMax, kMax); },
-       kBoth,
-       L""},
-      {"an empty view",
-       [](TableGrid& g, GridSelections& s) { g.width = 0, Select(s, 0, 0, 0, 0); },
-       kBoth,
-       L""},
+      {"below the last row", select(0, 2), kBoth, L""},
+      {"right of the last column", select(3, 0), kBoth, L""},
+      {"the whole coordinate range", select(kMax, kMax), kBoth, L""},
+      {"an empty view", [](TableGrid& g, GridSelections& s) { g.width = 0, Select(s, 0, 0, 0, 0); },
+       kBoth, L""},
   };
+  // clang-format on
   for (const CopyCase& c : cases) Run(c);
   TableGrid grid;
   std::wstring text = L"old";

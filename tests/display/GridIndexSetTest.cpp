@@ -66,15 +66,5 @@ TEST(GridIndexSetTest, WholeRangeIsOneRun) {
   EXPECT_EQ(set.begin(), set.end());
 }
 
-TEST(GridIndexSetTest, EqualSetsHaveEqualRuns) {
-  GridIndexSet a, b;
-  a.insert(3, 5), a.insert(6, 9);
-  b.insert(9), b.insert(3, 8);
-  EXPECT_EQ(a, b);
-  EXPECT_EQ(a.runs().size(), 1u);
-  b.erase(6);
-  EXPECT_FALSE(a == b);
-}
-
 }  // namespace
 }  // namespace qvsysbase

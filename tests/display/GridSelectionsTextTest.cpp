@@ -55,11 +55,9 @@ TEST(GridSelectionsTextDeathTest, ReaderAcceptsOnlyWhatTheWriterWrites) {
     Rects rects;
     bool valid, streamFailed;
   } cases[] = {
-      {"two rectangles",
-       L"<Selections(L,T,R,B):2(1,2,3,4)(5,6,7,8)>\n",
-       {{1, 2, 3, 4}, {5, 6, 7, 8}},
-       true,
-       false},
+      // clang-format off
+      {"two rectangles", L"<Selections(L,T,R,B):2(1,2,3,4)(5,6,7,8)>\n",
+       {{1, 2, 3, 4}, {5, 6, 7, 8}}, true, false},
       {"none", L"<Selections(L,T,R,B):0>", {}, true, false},
       {"header not checked", L"anything:1(1,2,3,4)>", {{1, 2, 3, 4}}, true, false},
       {"blanks skipped", L"  <x> :\n 1 ( 1 , 2 ,\t3 , 4 ) > ", {{1, 2, 3, 4}}, true, false},
@@ -78,6 +76,7 @@ TEST(GridSelectionsTextDeathTest, ReaderAcceptsOnlyWhatTheWriterWrites) {
       {"number too large", L":1(4294967296,0,0,0)>", {}, false, true},
       {"cut inside a rectangle", L":1(1,2,3", {}, false, true},
       {"cut before the close", L":1(1,2,3,4", {}, false, true},
+      // clang-format on
   };
   ASSERT_EXIT(
       {
