@@ -292,10 +292,11 @@ void GenericGridObject::CopyAllTextSelections(const GridSelections* selections, 
     text = std::move(title) + body + clipboard_format::kLineEnd;
     return;
   }
-  std::wstring out;
-  ClipboardWriter(GridCellAccess(*this, view), *selections, rect, withHeaders, withMarkup, out)
+  // Written straight into the caller's string: a caller that copies again and
+  // again reuses its capacity instead of touching fresh pages each time.
+  text.clear();
+  ClipboardWriter(GridCellAccess(*this, view), *selections, rect, withHeaders, withMarkup, text)
       .Write();
-  text = std::move(out);
 }
 
 }  // namespace qvsysbase

@@ -13,6 +13,19 @@ constexpr unsigned kLeafTextLine = 0;
 // Written for a leaf that a line crosses below the line its text sits on.
 constexpr int kCoveredFromAbove = -1;
 
+// A leaf spans 1 in each direction. Along the cut the parts' spans add up;
+// across it the node is as wide (or tall) as its largest part.
+unsigned Span(const std::vector<SplittingInformation>& parts, bool partsAddUp,
+              unsigned (SplittingInformation::*partSpan)() const) {
+  if (parts.empty()) return 1;
+  unsigned span = 0;
+  for (const SplittingInformation& part : parts) {
+    const unsigned s = (part.*partSpan)();
+    span = partsAddUp ? span + s : std::max(span, s);
+  }
+  return span;
+}
+
 // Gives a node the two stacked halves of the shared cut.
 void AddHalves(SplittingInformation& cut) {
   cut.InsertInSplitList(SplittingInformation(SplittingInformation::kHorizontalCut));
@@ -42,23 +55,11 @@ SplittingInformation& SplittingInformation::GetHorizontalCut() {
 }
 
 unsigned SplittingInformation::getHeight() const {
-  if (IsLeaf()) return 1;
-  unsigned height = 0;
-  for (const SplittingInformation& child : m_vecSplitList) {
-    const unsigned h = child.getHeight();
-    height = m_nSplitType == kHorizontalCut ? height + h : std::max(height, h);
-  }
-  return height;
+  return Span(m_vecSplitList, m_nSplitType == kHorizontalCut, &SplittingInformation::getHeight);
 }
 
 unsigned SplittingInformation::getWidth() const {
-  if (IsLeaf()) return 1;
-  unsigned width = 0;
-  for (const SplittingInformation& child : m_vecSplitList) {
-    const unsigned w = child.getWidth();
-    width = m_nSplitType == kVerticalCut ? width + w : std::max(width, w);
-  }
-  return width;
+  return Span(m_vecSplitList, m_nSplitType == kVerticalCut, &SplittingInformation::getWidth);
 }
 
 unsigned SplittingInformation::getSize() const {
