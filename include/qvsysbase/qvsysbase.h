@@ -21,6 +21,7 @@
 #include "qvsysbase/QvLocaleUtil.h"
 #include "qvsysbase/qvmath.h"
 #include "qvsysbase/QvStringUtil.h"
+#include "qvsysbase/RandomStreams.h"
 #include "qvsysbase/RefCounterProt.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/SenderReceiver.h"
