@@ -28,12 +28,12 @@ class LibraryLifetime {
   LibraryLifetime() {
     InitializeLocaleUnit();            // step 2
     InitializeGroupDestructionUnit();  // step 3
-    // step 4: random streams (a later unit)
-    InitializeKernelUnit();  // step 5
+    InitializeRandomStreamUnit();      // step 4
+    InitializeKernelUnit();            // step 5
   }
   ~LibraryLifetime() {
-    FinalizeKernelUnit();  // step 5
-    // step 4: random streams (a later unit)
+    FinalizeKernelUnit();              // step 5
+    FinalizeRandomStreamUnit();        // step 4
     FinalizeGroupDestructionUnit();  // step 3
     FinalizeLocaleUnit();            // step 2
   }

@@ -9,6 +9,7 @@
 //     statuses (an overflow throws std::overflow_error naming the function, a
 //     domain or singularity error goes to ReportKernelError), 64-byte aligned
 //     buffers;
+//     the random streams of qvsysbase/RandomStreams.h;
 //   - every other mode, the plain set: straightforward loops in double
 //     precision. It leaves ERF, PhiInverse and LnGamma, the random streams,
 //     the matrix kernels other than the matrix-vector product and the
@@ -23,9 +24,9 @@
 // slot uses, and what each failure throws or reports) stands beside it in
 // qvsysbase/IntelSPLSlots.def.
 //
-// Not yet available: the random-stream slots (InitRandGen .. nspiRandUniformBits)
-// are declared with their final types but stay null in both sets, and
-// setBRNGFamily is not declared; they arrive with the random streams.
+// The random-stream slots (InitRandGen .. nspiRandUniformBits) serve two lists
+// of streams with the generators of qvsysbase/RandomStreams.h, and
+// nspTROptimise runs the library's trust-region solver; both in mode 1 only.
 //
 // Example:
 //   IntelSPLHandler::setIntelSPLMode(IntelSPLHandler::SplModeMKL,
@@ -80,6 +81,15 @@ class QVSYSBASE_API IntelSPLHandler {
   // owns the result and gives it back through nspFree of the same mode.
   // REQUIRES: nspdMalloc && nspdbZero
   static double* AllocateZeroedBuffer(int n);
+
+  // Chooses the generator of every stream of one list (the Gaussian list when
+  // `gaussian`, else the uniform list) for its next initialisation, giving an
+  // empty list one holder without a stream. Family 0..5: MT19937, MRG32K3A,
+  // MCG31, R250, MCG59, WH; 6 and above: MT19937 for the Gaussian list, MCG31
+  // for the uniform one. With `gaussian` false only kBrngMCG31 and
+  // kBrngMT19937 are taken (both select MCG31); any other number is ignored.
+  // Works in every mode; thread-safe (takes the streams' lock).
+  static void setBRNGFamily(unsigned family, bool gaussian);
 
   // ---- The slot table -------------------------------------------------------
   // The 45 slots, read and called as data members, are declared from the list

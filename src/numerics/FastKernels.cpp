@@ -23,6 +23,7 @@
 #include "MKLWrapper.h"
 #include "MatrixKernels.h"
 #include "PlainKernels.h"
+#include "RandomStreamLists.h"
 #include "TROptimise.h"
 #include "VectorMath.h"
 
@@ -218,8 +219,8 @@ void CheckLnLanes(const double* x, int lanes) {
 
 // The fast set is the plain set with the slots it replaces: the slots that
 // keep the plain routine in both sets (set, 16-bit zero and copy, int to
-// double, add and subtract a constant, mean, standard deviation) and the ones
-// no kernel fills yet (random streams) come from the plain set.
+// double, add and subtract a constant, mean, standard deviation) come from the
+// plain set.
 KernelSet FastKernelSet() {
   KernelSet set = PlainKernelSet();
   const VectorMathSet vectorMath = ChooseVectorMath();
@@ -248,6 +249,11 @@ KernelSet FastKernelSet() {
   set.PhiInverse = &PhiInverse;
   set.LnGamma = &LnGamma;
   set.nspSortVector = &mklSortVector;
+  set.InitRandGen = &mklInitRandGen;
+  set.InitRandGenWithSeed = &mklInitRandGenWithSeed;
+  set.nspdbRandGaus = &mkldbRandGaus;
+  set.InitRandUniformGen = &mklInitRandUniformGen;
+  set.nspiRandUniformBits = &mkliRandUniformBits;
   set.nspCholDcInplace = &mklCholDcInplace;
   set.nspCholInverseInplace = &mklCholInverseInplace;
   set.nspInverseTriangularInplace = &mklInverseTriangularInplace;

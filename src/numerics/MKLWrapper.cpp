@@ -12,6 +12,7 @@
 #include "FastKernels.h"
 #include "NumericsHooks.h"
 #include "PlainKernels.h"
+#include "RandomStreamLists.h"
 #include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/KernelErrorReport.h"
 #include "qvsysbase/qvExcept.h"
@@ -91,10 +92,14 @@ void InstallKernelSet(const detail::KernelSet& set) {
 #undef QVSYSBASE_SPL_SLOT
 }
 
-// Leaving the kernel library. The fast set holds no buffers of its own to
-// release: SLEEF and the loops allocate nothing, and OpenBLAS keeps its pool
-// for the life of the process with no call to give it back early.
-void LeaveKernelLibrary() { g_vectorMathHandler = nullptr; }
+// Leaving the kernel library deletes the random streams of both lists. The
+// fast set holds no buffers of its own to release: SLEEF and the loops
+// allocate nothing, and OpenBLAS keeps its pool for the life of the process
+// with no call to give it back early.
+void LeaveKernelLibrary() {
+  detail::DeleteAllRandomStreams();
+  g_vectorMathHandler = nullptr;
+}
 
 }  // namespace
 

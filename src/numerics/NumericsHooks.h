@@ -5,6 +5,11 @@
 
 namespace qvsysbase::detail {
 
+// The random streams' lock and the two empty stream lists; on unload the
+// streams are deleted, then the lists and the lock.
+void InitializeRandomStreamUnit();
+void FinalizeRandomStreamUnit();
+
 // The kernel table, IntelSPLHandler::setIntelSPLMode(0, 1); on unload the
 // kernel library's buffers are freed when the mode is 1.
 void InitializeKernelUnit();
