@@ -22,6 +22,10 @@ int RunDump(const Arguments& args);
 // tour [FILE]: the library end to end on embedded data; 1 when a check fails.
 int RunTourCommand(const Arguments& args);
 
+// rng GENERATOR [--gauss] [--seed S] [--count N]: raw 32-bit words on standard
+// output; 1 on bad arguments.
+int RunRng(const Arguments& args);
+
 }  // namespace qvsys
 
 #endif  // QVSYS_COMMANDS_H_
