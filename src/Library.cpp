@@ -32,8 +32,8 @@ class LibraryLifetime {
     InitializeKernelUnit();            // step 5
   }
   ~LibraryLifetime() {
-    FinalizeKernelUnit();              // step 5
-    FinalizeRandomStreamUnit();        // step 4
+    FinalizeKernelUnit();            // step 5
+    FinalizeRandomStreamUnit();      // step 4
     FinalizeGroupDestructionUnit();  // step 3
     FinalizeLocaleUnit();            // step 2
   }
