@@ -31,6 +31,7 @@ set(kHeaderOwners
   RefCounterProt=foundation
   CellValue=text
   IntelSPLHandler=numerics
+  RandomStreams=numerics
   qvsysbase=top)
 
 # What each layer may include besides itself and foundation.
