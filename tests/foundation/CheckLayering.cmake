@@ -32,6 +32,7 @@ set(kHeaderOwners
   CellValue=text
   IntelSPLHandler=numerics
   RandomStreams=numerics
+  LbVector=display
   qvsysbase=top)
 
 # What each layer may include besides itself and foundation.
