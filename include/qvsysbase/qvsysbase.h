@@ -4,9 +4,13 @@
 
 #include "qvsysbase/Aborter.h"
 #include "qvsysbase/CellValue.h"
+#include "qvsysbase/ChartComparison.h"
 #include "qvsysbase/CriticalSection.h"
 #include "qvsysbase/Cypher.h"
+#include "qvsysbase/DisplayableObject.h"
 #include "qvsysbase/Export.h"
+#include "qvsysbase/FreezableObject.h"
+#include "qvsysbase/GenericChartObject.h"
 #include "qvsysbase/GenericGridObject.h"
 #include "qvsysbase/GridSelections.h"
 #include "qvsysbase/GroupDestructor.h"
