@@ -42,16 +42,16 @@ inline constexpr int kViewCategoryCount = 7;
 
 // The parts of a snapshot comparison; each gates the members named.
 enum ObjectComparisonCategory : int {
-  OBJECT_SCALARS = 0,             // scalars and the highlight lists
-  OBJECT_VAR_MAPS = 1,            // m_mapObs, m_mapDiscreteVar, m_mapVarHeader, m_mapParamType
-  OBJECT_VAR_CASE = 2,            // m_vecVarCase
-  OBJECT_VAR_INDEX = 3,           // m_vecVarIndex
-  OBJECT_VAR_VALUE = 4,           // m_vecVarValue
-  OBJECT_VAR1_VAR2 = 5,           // m_vecVar1Var2
-  OBJECT_AXIS_STATUS = 6,         // m_vecAxisStatusParms
-  OBJECT_PARAM_CONSTRAINTS = 7,   // m_mapParamConstraints, m_mapParamDiffConstraints
-  OBJECT_COMP_CONSTRAINTS = 8,    // m_vecCompConstraintParms
-  OBJECT_VAR_VEC_CASES = 9        // m_vecVarVecCases
+  OBJECT_SCALARS = 0,            // scalars and the highlight lists
+  OBJECT_VAR_MAPS = 1,           // m_mapObs, m_mapDiscreteVar, m_mapVarHeader, m_mapParamType
+  OBJECT_VAR_CASE = 2,           // m_vecVarCase
+  OBJECT_VAR_INDEX = 3,          // m_vecVarIndex
+  OBJECT_VAR_VALUE = 4,          // m_vecVarValue
+  OBJECT_VAR1_VAR2 = 5,          // m_vecVar1Var2
+  OBJECT_AXIS_STATUS = 6,        // m_vecAxisStatusParms
+  OBJECT_PARAM_CONSTRAINTS = 7,  // m_mapParamConstraints, m_mapParamDiffConstraints
+  OBJECT_COMP_CONSTRAINTS = 8,   // m_vecCompConstraintParms
+  OBJECT_VAR_VEC_CASES = 9       // m_vecVarVecCases
 };
 inline constexpr int kObjectCategoryCount = 10;
 

@@ -70,19 +70,19 @@ class QVSYSBASE_API GenericChartObject {
   virtual ~GenericChartObject();
 
   // --- Views and series types (defaults in the comments) --------------------
-  virtual bool IsViewModeCompatible() const;                                       // false
+  virtual bool IsViewModeCompatible() const;                                        // false
   virtual void GetIsDisplaySeriesChart(std::vector<bool>& display, unsigned view);  // no-op
-  virtual bool isChartViewCompatibleVW() const;                                    // false
-  virtual bool hasChartViews() const;                                              // false
+  virtual bool isChartViewCompatibleVW() const;                                     // false
+  virtual bool hasChartViews() const;                                               // false
   virtual ChartViewVW* getChartViewVW(unsigned view);                               // null
 
   // --- Parameter charts -----------------------------------------------------
   virtual void getParameterConstraints(std::vector<std::pair<unsigned, unsigned>>& pairs,
                                        unsigned paramType, bool& leftAlign) const;  // no-op
-  virtual int convertVarIndex2ParamType(unsigned var) const;                         // -1
-  virtual void constraintsLineClick(unsigned, unsigned);                             // no-op
-  virtual void lineSeriesClick(unsigned, unsigned);                                  // no-op
-  virtual void parameterBarClick(unsigned, unsigned);                                // no-op
+  virtual int convertVarIndex2ParamType(unsigned var) const;                        // -1
+  virtual void constraintsLineClick(unsigned, unsigned);                            // no-op
+  virtual void lineSeriesClick(unsigned, unsigned);                                 // no-op
+  virtual void parameterBarClick(unsigned, unsigned);                               // no-op
   virtual void getParameterDiffConstraints(
       std::vector<std::pair<std::pair<unsigned, unsigned>, std::pair<unsigned, unsigned>>>& pairs,
       unsigned paramType, bool& leftAlign) const;                       // no-op
@@ -90,10 +90,10 @@ class QVSYSBASE_API GenericChartObject {
 
   // --- Shape of the data ----------------------------------------------------
   virtual bool IsSeriesTypeAvailableChart(EnumTypesDO::TSeriesType type,
-                                          unsigned var) const;            // false
-  virtual unsigned GetNSeriesTypesChart(unsigned var) const;              // 1
+                                          unsigned var) const;                 // false
+  virtual unsigned GetNSeriesTypesChart(unsigned var) const;                   // 1
   virtual double GetParticularValueChart(unsigned var, unsigned value) const;  // 1.0
-  virtual bool IsDateTimeChart(unsigned var) const;                       // false
+  virtual bool IsDateTimeChart(unsigned var) const;                            // false
   // A date-time step code of the application's views; 22 by default.
   virtual int GetDateTimeStepChart(unsigned var) const;
   virtual int GetDateChart(unsigned, unsigned, unsigned) const;  // 1
@@ -104,36 +104,36 @@ class QVSYSBASE_API GenericChartObject {
   virtual bool IsDiscreteVarChart(unsigned var) const;           // false
 
   // --- Points ---------------------------------------------------------------
-  virtual bool IsValidChart(unsigned, unsigned, unsigned) const;      // false
-  virtual bool IsConnectedChart(unsigned, unsigned, unsigned) const;  // false
-  virtual double GetValueChart(unsigned var, unsigned cas) const;     // 0.0
+  virtual bool IsValidChart(unsigned, unsigned, unsigned) const;                          // false
+  virtual bool IsConnectedChart(unsigned, unsigned, unsigned) const;                      // false
+  virtual double GetValueChart(unsigned var, unsigned cas) const;                         // 0.0
   virtual double GetConsolidatedValue(unsigned var, std::vector<unsigned>& cases) const;  // 0.0
-  virtual std::wstring GetValueAsTextChart(unsigned var, unsigned cas) const;  // empty
+  virtual std::wstring GetValueAsTextChart(unsigned var, unsigned cas) const;             // empty
   // The base returns false and leaves `text` alone.
   virtual bool GetHintAsLabel(unsigned var, unsigned index, std::wstring& text) const;
   virtual bool IsLabelMajorChart(unsigned var, unsigned cas) const;             // true
   virtual std::wstring GetValueAsLabelChart(unsigned var, unsigned cas) const;  // empty
   virtual std::wstring GetConsolidatedLabel(unsigned var,
                                             std::vector<unsigned>& cases) const;  // "Other"
-  virtual std::wstring GetValueAsHintChart(unsigned var, unsigned cas) const;   // empty
+  virtual std::wstring GetValueAsHintChart(unsigned var, unsigned cas) const;     // empty
   virtual std::wstring GetConsolidatedHint(unsigned var,
                                            std::vector<unsigned>& cases) const;  // empty
-  virtual std::wstring GetIndexChart(unsigned, unsigned) const;                 // empty
+  virtual std::wstring GetIndexChart(unsigned, unsigned) const;                  // empty
 
   // --- Titles and footers ---------------------------------------------------
-  virtual std::wstring GetTitleChart() const;                                 // empty
-  virtual std::wstring GetVarHeaderChart(unsigned var) const;                 // empty
-  virtual std::wstring GetFooterChart() const;                                // empty
+  virtual std::wstring GetTitleChart() const;                                  // empty
+  virtual std::wstring GetVarHeaderChart(unsigned var) const;                  // empty
+  virtual std::wstring GetFooterChart() const;                                 // empty
   virtual std::wstring GetVarFooterChart(unsigned var1, unsigned var2) const;  // empty
 
   // --- Clicks and point attributes ------------------------------------------
   virtual void OnPointClick(unsigned, const unsigned& var, const unsigned& cas);  // no-op
   virtual void OnMultiPointsClick(unsigned, const unsigned& var,
-                                  const std::vector<unsigned>& cases);          // no-op
+                                  const std::vector<unsigned>& cases);         // no-op
   virtual int GetPointStatus(const unsigned& var, const unsigned& cas) const;  // -1
   virtual int GetPointColor(const unsigned& var, const unsigned& cas) const;   // -1
   virtual bool IsPointMarked(const unsigned& var, const unsigned& cas) const;  // false
-  virtual void OnAxisClick(unsigned, unsigned, unsigned, double, unsigned);  // no-op
+  virtual void OnAxisClick(unsigned, unsigned, unsigned, double, unsigned);    // no-op
   virtual void propagatedAxisClick(unsigned, unsigned, unsigned, double, unsigned,
                                    GenericChartObject* source);  // no-op; source not owned
   virtual double GetAxisStatus(unsigned, unsigned, double, unsigned) const;  // -1.0
@@ -225,8 +225,10 @@ using KeyedList = std::vector<std::pair<Key, Value>>;
 // The value stored under `key`, or null. REQUIRES: `list` sorted by key.
 template <typename Key, typename Value>
 const Value* FindEntry(const KeyedList<Key, Value>& list, const Key& key) {
-  auto it = std::lower_bound(list.begin(), list.end(), key,
-                             [](const std::pair<Key, Value>& e, const Key& k) { return e.first < k; });
+  auto it = std::lower_bound(
+      list.begin(), list.end(), key, [](const std::pair<Key, Value>& e, const Key& k) {
+        return e.first < k;
+      });
   return it != list.end() && it->first == key ? &it->second : nullptr;
 }
 

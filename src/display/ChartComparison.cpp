@@ -40,8 +40,8 @@ std::wstring Text(const std::wstring& value) { return value; }
 std::wstring Text(double value) {
   // 309 integer digits, sign, point and decimals fit.
   char buffer[400];
-  auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
-                              kNumberDecimals);
+  auto result = std::to_chars(
+      buffer, buffer + sizeof buffer, value, std::chars_format::fixed, kNumberDecimals);
   return Widen(buffer, result.ptr);
 }
 // Positions inside keys print in their shortest exact form.
@@ -144,8 +144,9 @@ bool ChartDifference::CompareInt(int a, int b, std::wstring name,
 bool ChartDifference::CompareNum(double a, double b, std::wstring name,
                                  const ChartComparisonOptions& options, DiffType type,
                                  std::vector<ChartDifference>& diffs, bool bForce) {
-  return CompareValues(a, b, name, options, type, diffs, bForce,
-                       [&options](double x, double y) { return NumbersEqual(x, y, options); });
+  return CompareValues(a, b, name, options, type, diffs, bForce, [&options](double x, double y) {
+    return NumbersEqual(x, y, options);
+  });
 }
 bool ChartDifference::CompareWStr(std::wstring a, std::wstring b, std::wstring name,
                                   const ChartComparisonOptions& options, DiffType type,
@@ -168,8 +169,11 @@ std::wstring KeyText(const AxisStatusKey& k) {
 std::wstring KeyText(const CompConstraintKey& k) {
   return KeyNumber(k.dPosn) + L", " + Text(k.nVar) + L", " + Text(k.bAlphaMeansAlpha);
 }
-std::wstring KeyText(const VarCasesKey& k) { return Text(k.nVar) + L", {" + JoinList(k.vecCases) + L"}"; }
-std::wstring KeyText(const std::pair<std::pair<unsigned, unsigned>, std::pair<unsigned, unsigned>>& k) {
+std::wstring KeyText(const VarCasesKey& k) {
+  return Text(k.nVar) + L", {" + JoinList(k.vecCases) + L"}";
+}
+std::wstring KeyText(
+    const std::pair<std::pair<unsigned, unsigned>, std::pair<unsigned, unsigned>>& k) {
   return L"(" + KeyText(k.first) + L"), (" + KeyText(k.second) + L")";
 }
 
@@ -201,8 +205,8 @@ class SnapshotComparer {
     if (Gate(OBJECT_AXIS_STATUS)) AxisStatuses(a, b);
     if (Gate(OBJECT_PARAM_CONSTRAINTS)) {
       ConstraintMap(a.m_mapParamConstraints, b.m_mapParamConstraints, L"m_mapParamConstraints");
-      ConstraintMap(a.m_mapParamDiffConstraints, b.m_mapParamDiffConstraints,
-                    L"m_mapParamDiffConstraints");
+      ConstraintMap(
+          a.m_mapParamDiffConstraints, b.m_mapParamDiffConstraints, L"m_mapParamDiffConstraints");
     }
     if (Gate(OBJECT_COMP_CONSTRAINTS)) CompConstraints(a, b);
     if (Gate(OBJECT_VAR_VEC_CASES)) ConsolidatedValues(a, b);
@@ -254,9 +258,13 @@ class SnapshotComparer {
   // invents a count mismatch.
   bool Count(std::size_t a, std::size_t b, const wchar_t* member, Diffs& into) const {
     if (a == b) return true;
-    return ChartDifference::CompareInt(static_cast<int>(a), static_cast<int>(b),
-                                       std::wstring(member) + L" count mismatch", m_options,
-                                       kValue, into, true);
+    return ChartDifference::CompareInt(static_cast<int>(a),
+                                       static_cast<int>(b),
+                                       std::wstring(member) + L" count mismatch",
+                                       m_options,
+                                       kValue,
+                                       into,
+                                       true);
   }
 
   void Scalars(const FrozenChartData& a, const FrozenChartData& b) {
@@ -270,7 +278,8 @@ class SnapshotComparer {
     if (!Count(la.size(), lb.size(), L"m_vecvecHighlight", m_out)) return;
     for (std::size_t i = 0; i < la.size(); ++i) {
       if (!m_options.m_bReportAll && la[i] == lb[i]) continue;
-      m_out.emplace_back(kValue, -1,
+      m_out.emplace_back(kValue,
+                         -1,
                          L"Values differ for m_vecvecHighlight[" + std::to_wstring(i) + L"]: {" +
                              JoinList(la[i]) + L"} vs. {" + JoinList(lb[i]) + L"}");
     }
@@ -283,13 +292,16 @@ class SnapshotComparer {
     for (const auto& [key, value] : a) {
       auto it = b.find(key);
       if (it == b.end()) {
-        m_group.emplace_back(kValue, -1,
-                             L"Var=" + Text(key) + L": entry missing in second chart");
+        m_group.emplace_back(kValue, -1, L"Var=" + Text(key) + L": entry missing in second chart");
         continue;
       }
-      Value(value, it->second, [key] { return L"Var=" + Text(key); }, m_group);
+      Value(
+          value, it->second, [key] { return L"Var=" + Text(key); }, m_group);
     }
-    FlushGroup(m_group, std::wstring(L"Differences found in ") + member + L" data", m_out);
+    FlushGroup(
+        m_group,
+        [member] { return L"Differences found in " + std::wstring(member) + L" data"; },
+        m_out);
   }
 
   template <typename C>
@@ -300,15 +312,19 @@ class SnapshotComparer {
     for (const auto& [key, value] : a) {
       auto it = b.find(key);
       if (it == b.end()) {
-        m_group.emplace_back(kValue, -1,
-                             L"ParmType=" + Text(key) + L": entry missing in second chart");
+        m_group.emplace_back(
+            kValue, -1, L"ParmType=" + Text(key) + L": entry missing in second chart");
         continue;
       }
       m_entry.clear();
       ConstraintEntry(value, it->second, m_entry);
-      FlushGroup(m_entry, L"Differences found for ParmType=" + Text(key), m_group);
+      FlushGroup(
+          m_entry, [key] { return L"Differences found for ParmType=" + Text(key); }, m_group);
     }
-    FlushGroup(m_group, std::wstring(L"Differences found in ") + member + L" data", m_out);
+    FlushGroup(
+        m_group,
+        [member] { return L"Differences found in " + std::wstring(member) + L" data"; },
+        m_out);
   }
 
   template <typename C>
@@ -317,16 +333,19 @@ class SnapshotComparer {
     if (!Count(a.vecPairs.size(), b.vecPairs.size(), L"vecPairs", into)) return;
     for (std::size_t i = 0; i < a.vecPairs.size(); ++i) {
       if (!m_options.m_bReportAll && a.vecPairs[i] == b.vecPairs[i]) continue;
-      into.emplace_back(kValue, -1,
+      into.emplace_back(kValue,
+                        -1,
                         L"Values differ for vecPairs[" + std::to_wstring(i) + L"]: (" +
                             KeyText(a.vecPairs[i]) + L") vs. (" + KeyText(b.vecPairs[i]) + L")");
     }
   }
 
-  // Appends a header and the group's records when the group is not empty.
-  static void FlushGroup(Diffs& group, std::wstring header, Diffs& into) {
+  // Appends a header and the group's records when the group is not empty; the
+  // header is made only then.
+  template <typename MakeHeader>
+  static void FlushGroup(Diffs& group, const MakeHeader& header, Diffs& into) {
     if (group.empty()) return;
-    into.emplace_back(kGroup, -1, std::move(header));
+    into.emplace_back(kGroup, -1, header());
     std::move(group.begin(), group.end(), std::back_inserter(into));
     group.clear();
   }
@@ -339,20 +358,24 @@ class SnapshotComparer {
     if (!Count(a.size(), b.size(), member, m_out)) return;
     for (std::size_t i = 0; i < a.size(); ++i) {
       if (!(a[i].first == b[i].first)) {
-        m_out.emplace_back(kValue, -1,
+        m_out.emplace_back(kValue,
+                           -1,
                            L"Values differ for " + std::wstring(member) + L"[" +
                                std::to_wstring(i) + L"]: (" + KeyText(a[i].first) + L") vs. (" +
                                KeyText(b[i].first) + L")");
         continue;
       }
       attributes(a[i].second, b[i].second, m_entry);
-      if (!m_entry.empty()) FlushGroup(m_entry, header(a[i].first), m_out);
+      FlushGroup(
+          m_entry, [&] { return header(a[i].first); }, m_out);
     }
   }
 
   void VarCases(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecVarCase, b.m_vecVarCase, L"m_vecVarCase",
+        a.m_vecVarCase,
+        b.m_vecVarCase,
+        L"m_vecVarCase",
         [this](const PointAttributes& x, const PointAttributes& y, Diffs& into) {
           Value(x.bValid, y.bValid, L"Valid", into);
           Value(x.bConnected, y.bConnected, L"Connected", into);
@@ -370,7 +393,9 @@ class SnapshotComparer {
 
   void VarIndices(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecVarIndex, b.m_vecVarIndex, L"m_vecVarIndex",
+        a.m_vecVarIndex,
+        b.m_vecVarIndex,
+        L"m_vecVarIndex",
         [this](const HintLabel& x, const HintLabel& y, Diffs& into) {
           Value(x.bResult, y.bResult, L"HintLabel(bool)", into);
           Value(x.wstrText, y.wstrText, L"HintLabel(text)", into);
@@ -380,7 +405,9 @@ class SnapshotComparer {
 
   void VarFooters(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecVar1Var2, b.m_vecVar1Var2, L"m_vecVar1Var2",
+        a.m_vecVar1Var2,
+        b.m_vecVar1Var2,
+        L"m_vecVar1Var2",
         [this](const std::wstring& x, const std::wstring& y, Diffs& into) {
           Value(x, y, L"VarFooter", into);
         },
@@ -391,7 +418,9 @@ class SnapshotComparer {
 
   void ParticularValues(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecVarValue, b.m_vecVarValue, L"m_vecVarValue",
+        a.m_vecVarValue,
+        b.m_vecVarValue,
+        L"m_vecVarValue",
         [this](double x, double y, Diffs& into) { Value(x, y, L"ParticularValue", into); },
         [](const std::pair<unsigned, unsigned>& k) {
           return Header(VarCaseKey{k.first, k.second}, L", Value=");
@@ -400,7 +429,9 @@ class SnapshotComparer {
 
   void AxisStatuses(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecAxisStatusParms, b.m_vecAxisStatusParms, L"m_vecAxisStatusParms",
+        a.m_vecAxisStatusParms,
+        b.m_vecAxisStatusParms,
+        L"m_vecAxisStatusParms",
         [this](double x, double y, Diffs& into) { Value(x, y, L"AxisStatus", into); },
         [](const AxisStatusKey& k) {
           return kDataHeader + (L"Type=" + Text(k.nType)) + L", AxisPos=" + Text(k.nAxisPos) +
@@ -410,7 +441,9 @@ class SnapshotComparer {
 
   void CompConstraints(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecCompConstraintParms, b.m_vecCompConstraintParms, L"m_vecCompConstraintParms",
+        a.m_vecCompConstraintParms,
+        b.m_vecCompConstraintParms,
+        L"m_vecCompConstraintParms",
         [this](const CompConstraint& x, const CompConstraint& y, Diffs& into) {
           Value(x.nResult, y.nResult, L"CompConstraint(int)", into);
           Value(x.wstrText, y.wstrText, L"CompConstraint(wstr)", into);
@@ -423,7 +456,9 @@ class SnapshotComparer {
 
   void ConsolidatedValues(const FrozenChartData& a, const FrozenChartData& b) {
     List(
-        a.m_vecVarVecCases, b.m_vecVarVecCases, L"m_vecVarVecCases",
+        a.m_vecVarVecCases,
+        b.m_vecVarVecCases,
+        L"m_vecVarVecCases",
         [this](const Consolidated& x, const Consolidated& y, Diffs& into) {
           Value(x.dValue, y.dValue, L"ConsolidatedValue", into);
           Value(x.wstrLabel, y.wstrLabel, L"ConsolidatedLabel", into);

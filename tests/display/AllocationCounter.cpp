@@ -1,0 +1,29 @@
+// The replaced global allocation functions behind AllocationCounter. They live
+// in a unit of their own so that no caller sees (and inlines) their bodies.
+#include "display/AllocationCounter.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+thread_local int t_nCounters = 0;
+thread_local long t_nAllocations = 0;
+}  // namespace
+
+void* operator new(std::size_t size) {
+  if (t_nCounters > 0) ++t_nAllocations;
+  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
+  throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+
+namespace qvtest {
+
+AllocationCounter::AllocationCounter() {
+  if (t_nCounters++ == 0) t_nAllocations = 0;
+}
+AllocationCounter::~AllocationCounter() { --t_nCounters; }
+long AllocationCounter::Count() const { return t_nAllocations; }
+
+}  // namespace qvtest
