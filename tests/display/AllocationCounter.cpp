@@ -15,6 +15,13 @@ void* operator new(std::size_t size) {
   if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
   throw std::bad_alloc();
 }
+// The library allocates some objects with the nothrow form; it must come from
+// the same malloc as the deletes below, or a sanitizer's own nothrow new would
+// be paired with free.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  if (t_nCounters > 0) ++t_nAllocations;
+  return std::malloc(size == 0 ? 1 : size);
+}
 void operator delete(void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
 
