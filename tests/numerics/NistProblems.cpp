@@ -1,7 +1,5 @@
 #include "numerics/NistProblems.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -9,6 +7,7 @@
 #include <map>
 #include <numbers>
 #include <sstream>
+#include <stdexcept>
 
 namespace qvsysbase::testing {
 namespace {
@@ -109,8 +108,7 @@ NistProblem LoadNistProblem(const std::string& name) {
   problem.name = name;
   const auto model = Models().find(name);
   if (model == Models().end()) {
-    ADD_FAILURE() << "no model for " << name;
-    return {};
+    throw std::runtime_error("no model for " + name);
   }
   problem.residual = model->second;
   std::ifstream file(NistDirectory() / (name + ".dat"));
@@ -130,8 +128,7 @@ NistProblem LoadNistProblem(const std::string& name) {
   }
   if (problem.Parameters() == 0 || problem.Parameters() > kMaxParameters ||
       problem.Observations() < problem.Parameters()) {
-    ADD_FAILURE() << "cannot read " << name;
-    return {};
+    throw std::runtime_error("cannot read " + name);
   }
   return problem;
 }
@@ -157,6 +154,13 @@ double LogRelativeError(double x, double certified) {
       certified != 0.0 ? std::fabs(x - certified) / std::fabs(certified) : std::fabs(x);
   if (error == 0.0) return kMaxDigits;
   return std::clamp(-std::log10(error), 0.0, kMaxDigits);
+}
+
+double MinDigits(const std::vector<double>& values, const std::vector<double>& certified) {
+  double digits = 99.0;  // above any LogRelativeError
+  for (std::size_t j = 0; j < values.size(); ++j)
+    digits = std::min(digits, LogRelativeError(values[j], certified[j]));
+  return digits;
 }
 
 }  // namespace qvsysbase::testing

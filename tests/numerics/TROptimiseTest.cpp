@@ -24,18 +24,6 @@ namespace {
 
 using testing_support::Select;
 
-// The tolerances a careful caller gives: parameter-space sizes relative to
-// the scaled point (region and step, 1e-15, near the rounding level, so the
-// search ends when no representable progress is left), the ‖F‖ and
-// column-norm tolerances far below anything these problems reach and the
-// model's relative promise at 1e-30 (the search should not stop on them),
-// Moré's 10 % for the step subproblem; a relative Jacobian step of 6e-6 ≈ ∛ε,
-// which balances truncation (h²) against rounding (ε/h) in a central difference.
-constexpr double kEps[6] = {1e-15, 1e-30, 1e-30, 1e-15, 1e-30, 0.1};
-constexpr double kJacEps = 6e-6;
-constexpr int kMaxIter = 2000;
-constexpr int kMaxTrialIter = 100;
-constexpr double kInitialRegion = 100.0;
 constexpr double kRequiredDigits = 6.0;
 constexpr double kRequiredSeDigits = 4.0;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -65,7 +53,7 @@ struct Outcome {
 };
 
 Outcome Optimise(Fit fit, int m, std::vector<double> x, const double* lower = nullptr,
-                 const double* upper = nullptr, int maxIter = kMaxIter) {
+                 const double* upper = nullptr, int maxIter = kNistMaxIter) {
   Outcome o;
   o.x = std::move(x);
   o.result = IntelSPLHandler::nspTROptimise(static_cast<int>(o.x.size()),
@@ -76,10 +64,10 @@ Outcome Optimise(Fit fit, int m, std::vector<double> x, const double* lower = nu
                                             &Residuals,
                                             &fit,
                                             maxIter,
-                                            kMaxTrialIter,
-                                            kEps,
-                                            kJacEps,
-                                            kInitialRegion,
+                                            kNistMaxTrialIter,
+                                            kNistEps,
+                                            kNistJacEps,
+                                            kNistInitialRegion,
                                             &o.iterations,
                                             &o.stop,
                                             &o.r1,
@@ -96,7 +84,7 @@ std::vector<double> StandardErrors(const NistProblem& p, const std::vector<doubl
   const int n = p.Parameters(), m = p.Observations();
   std::vector<double> jac(static_cast<std::size_t>(m) * n), f(m), jtj(n * n);
   Fit fit = NistFit(p);
-  detail::EstimateJacobian(&Residuals, n, m, jac.data(), b.data(), kJacEps, &fit);
+  detail::EstimateJacobian(&Residuals, n, m, jac.data(), b.data(), kNistJacEps, &fit);
   p.Residuals(b.data(), f.data());
   double rss = 0.0;
   for (double r : f) rss += r * r;
@@ -111,13 +99,6 @@ std::vector<double> StandardErrors(const NistProblem& p, const std::vector<doubl
     se[j] = std::sqrt(rss / (m - n) * inv);
   }
   return se;
-}
-
-double MinDigits(const std::vector<double>& values, const std::vector<double>& certified) {
-  double digits = 99.0;  // above any LogRelativeError
-  for (std::size_t j = 0; j < values.size(); ++j)
-    digits = std::min(digits, LogRelativeError(values[j], certified[j]));
-  return digits;
 }
 
 class TROptimiseTest : public ::testing::Test {
@@ -205,7 +186,7 @@ TEST_F(TROptimiseTest, StopsOnTheRuleItMeetsAndKeepsTheLimits) {
          f[1] = 0;
        }},
        {1.0},
-       kMaxIter,
+       kNistMaxIter,
        3,
        false},
       {"residuals never change",
@@ -214,7 +195,7 @@ TEST_F(TROptimiseTest, StopsOnTheRuleItMeetsAndKeepsTheLimits) {
          f[1] = 2;
        }},
        {1.0},
-       kMaxIter,
+       kNistMaxIter,
        4,
        false},
       {"iteration limit", SquareRoot(), {0.5}, 2, 1, false},
@@ -223,7 +204,7 @@ TEST_F(TROptimiseTest, StopsOnTheRuleItMeetsAndKeepsTheLimits) {
     SCOPED_TRACE(c.what);
     const Outcome o = Optimise(c.fit, c.what[0] == 'i' ? 1 : 2, c.x, nullptr, nullptr, c.maxIter);
     EXPECT_EQ(o.stop, c.stop);
-    EXPECT_EQ(o.result, o.r2 < kEps[1]);
+    EXPECT_EQ(o.result, o.r2 < kNistEps[1]);
     EXPECT_LE(o.iterations, c.maxIter);
   }
 }
@@ -292,7 +273,7 @@ TEST_F(TROptimiseTest, BadInputIsRefusedBeforeAnyWork) {
                                      c.maxIter,
                                      c.maxTrialIter,
                                      c.eps,
-                                     kJacEps,
+                                     kNistJacEps,
                                      c.rs,
                                      &iter,
                                      &stop,
@@ -321,13 +302,13 @@ TEST_F(TROptimiseTest, ArgumentsTheSolverNeverSeesAreAsserted) {
        bound,
        nullptr,
        &Residuals,
-       kJacEps},
+       kNistJacEps},
       {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)",
        nullptr,
        bound,
        &Residuals,
-       kJacEps},
-      {"fcn != nullptr", nullptr, nullptr, nullptr, kJacEps},
+       kNistJacEps},
+      {"fcn != nullptr", nullptr, nullptr, nullptr, kNistJacEps},
       {"jacEps > 0.0 && std::isfinite(jacEps)", nullptr, nullptr, &Residuals, 0.0},
   };
   for (const Case& c : cases) {
@@ -344,11 +325,11 @@ TEST_F(TROptimiseTest, ArgumentsTheSolverNeverSeesAreAsserted) {
                                      1,
                                      c.fcn,
                                      &fit,
-                                     kMaxIter,
-                                     kMaxTrialIter,
-                                     kEps,
+                                     kNistMaxIter,
+                                     kNistMaxTrialIter,
+                                     kNistEps,
                                      c.jacEps,
-                                     kInitialRegion,
+                                     kNistInitialRegion,
                                      &iter,
                                      &stop,
                                      &r1,
