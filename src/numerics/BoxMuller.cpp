@@ -54,20 +54,23 @@ void BoxMullerScalar(const double* u1, const double* u2, double* zc, double* zs,
 }
 
 #if defined(__SSE2__)
+namespace {
+struct Sse2 {
+  static constexpr std::size_t kWidth = 2;
+  using Vec = __m128d;
+  static Vec Load(const double* p) { return _mm_loadu_pd(p); }
+  static void Store(double* p, Vec v) { _mm_storeu_pd(p, v); }
+  static Vec Mul(Vec a, Vec b) { return _mm_mul_pd(a, b); }
+  static Vec Radius(Vec u) {
+    return _mm_sqrt_pd(_mm_mul_pd(_mm_set1_pd(-2.0), Sleef_logd2_u10sse2(u)));
+  }
+  static Sleef___m128d_2 SinCosTwoPi(Vec u) { return Sleef_sincospid2_u05sse2(_mm_add_pd(u, u)); }
+};
+}  // namespace
+
 void BoxMullerSse2(const double* u1, const double* u2, double* zc, double* zs,
                    std::size_t pairs) {
-  constexpr std::size_t kWidth = 2;
-  const __m128d minusTwo = _mm_set1_pd(-2.0);
-  std::size_t i = 0;
-  for (; i + kWidth <= pairs; i += kWidth) {
-    const __m128d r =
-        _mm_sqrt_pd(_mm_mul_pd(minusTwo, Sleef_logd2_u10sse2(_mm_loadu_pd(u1 + i))));
-    const __m128d twice = _mm_loadu_pd(u2 + i);
-    const Sleef___m128d_2 angle = Sleef_sincospid2_u05sse2(_mm_add_pd(twice, twice));
-    _mm_storeu_pd(zc + i, _mm_mul_pd(r, angle.y));
-    _mm_storeu_pd(zs + i, _mm_mul_pd(r, angle.x));
-  }
-  BoxMullerScalar(u1 + i, u2 + i, zc + i, zs + i, pairs - i);
+  BoxMullerVectors<Sse2, &BoxMullerScalar>(u1, u2, zc, zs, pairs);
 }
 #else
 void BoxMullerSse2(const double* u1, const double* u2, double* zc, double* zs,

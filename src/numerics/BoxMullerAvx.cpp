@@ -7,20 +7,24 @@
 #include "BoxMullerKernels.h"
 
 namespace qvsysbase::detail {
+namespace {
+
+struct Avx {
+  static constexpr std::size_t kWidth = 4;
+  using Vec = __m256d;
+  static Vec Load(const double* p) { return _mm256_loadu_pd(p); }
+  static void Store(double* p, Vec v) { _mm256_storeu_pd(p, v); }
+  static Vec Mul(Vec a, Vec b) { return _mm256_mul_pd(a, b); }
+  static Vec Radius(Vec u) {
+    return _mm256_sqrt_pd(_mm256_mul_pd(_mm256_set1_pd(-2.0), Sleef_logd4_u10avx(u)));
+  }
+  static Sleef___m256d_2 SinCosTwoPi(Vec u) { return Sleef_sincospid4_u05avx(_mm256_add_pd(u, u)); }
+};
+
+}  // namespace
 
 void BoxMullerAvx(const double* u1, const double* u2, double* zc, double* zs, std::size_t pairs) {
-  constexpr std::size_t kWidth = 4;
-  const __m256d minusTwo = _mm256_set1_pd(-2.0);
-  std::size_t i = 0;
-  for (; i + kWidth <= pairs; i += kWidth) {
-    const __m256d r =
-        _mm256_sqrt_pd(_mm256_mul_pd(minusTwo, Sleef_logd4_u10avx(_mm256_loadu_pd(u1 + i))));
-    const __m256d twice = _mm256_loadu_pd(u2 + i);
-    const Sleef___m256d_2 angle = Sleef_sincospid4_u05avx(_mm256_add_pd(twice, twice));
-    _mm256_storeu_pd(zc + i, _mm256_mul_pd(r, angle.y));
-    _mm256_storeu_pd(zs + i, _mm256_mul_pd(r, angle.x));
-  }
-  BoxMullerSse2(u1 + i, u2 + i, zc + i, zs + i, pairs - i);
+  BoxMullerVectors<Avx, &BoxMullerSse2>(u1, u2, zc, zs, pairs);
 }
 
 }  // namespace qvsysbase::detail

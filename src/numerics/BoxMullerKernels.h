@@ -27,6 +27,27 @@ void BoxMullerAvx(const double* u1, const double* u2, double* zc, double* zs, st
 void BoxMullerAvx512(const double* u1, const double* u2, double* zc, double* zs,
                      std::size_t pairs);
 
+// The outline of every vector kernel: whole vectors of Isa::kWidth pairs, the
+// rest through the next narrower kernel. Instantiated only by the unit of one
+// instruction set each, with an Isa of that unit's unnamed namespace, so no
+// instantiation leaves its unit.
+//
+// Isa: kWidth, Vec, Load(const double*), Store(double*, Vec), Mul(Vec, Vec),
+// Radius(u1) = sqrt(-2·ln u1) and SinCosTwoPi(u2), whose .x is sin(2π·u2)
+// and .y cos(2π·u2).
+template <class Isa, BoxMullerKernel kNarrower>
+void BoxMullerVectors(const double* u1, const double* u2, double* zc, double* zs,
+                      std::size_t pairs) {
+  std::size_t i = 0;
+  for (; i + Isa::kWidth <= pairs; i += Isa::kWidth) {
+    const typename Isa::Vec r = Isa::Radius(Isa::Load(u1 + i));
+    const auto angle = Isa::SinCosTwoPi(Isa::Load(u2 + i));
+    Isa::Store(zc + i, Isa::Mul(r, angle.y));
+    Isa::Store(zs + i, Isa::Mul(r, angle.x));
+  }
+  kNarrower(u1 + i, u2 + i, zc + i, zs + i, pairs - i);
+}
+
 }  // namespace qvsysbase::detail
 
 #endif  // QVSYSBASE_SRC_NUMERICS_BOXMULLERKERNELS_H_

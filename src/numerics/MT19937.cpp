@@ -42,14 +42,9 @@ class MT19937 final : public RandomGenerator {
   }
 
   void Generate(std::uint32_t* dst, std::size_t n) override {
-    while (n > 0) {
-      if (m_nNext == kN) Regenerate();
-      const std::size_t take = n < kN - m_nNext ? n : kN - m_nNext;
-      for (std::size_t k = 0; k < take; ++k) dst[k] = Temper(m_State[m_nNext + k]);
-      m_nNext += take;
-      dst += take;
-      n -= take;
-    }
+    const auto regenerate = [this] { Regenerate(); };
+    const auto temper = [](std::uint32_t w) { return Temper(w); };
+    DrawFromBlocks<kN>(m_State.data(), m_nNext, dst, n, regenerate, temper);
   }
 
  private:

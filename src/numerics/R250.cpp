@@ -33,14 +33,9 @@ class R250 final : public RandomGenerator {
   }
 
   void Generate(std::uint32_t* dst, std::size_t n) override {
-    while (n > 0) {
-      if (m_nNext == kLong) Regenerate();
-      const std::size_t take = n < kLong - m_nNext ? n : kLong - m_nNext;
-      for (std::size_t k = 0; k < take; ++k) dst[k] = m_State[m_nNext + k];
-      m_nNext += take;
-      dst += take;
-      n -= take;
-    }
+    const auto regenerate = [this] { Regenerate(); };
+    const auto asIs = [](std::uint32_t w) { return w; };
+    DrawFromBlocks<kLong>(m_State.data(), m_nNext, dst, n, regenerate, asIs);
   }
 
  private:

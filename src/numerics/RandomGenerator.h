@@ -38,6 +38,24 @@ class RandomGenerator {
   const WordRange m_Range;
 };
 
+// Writes output(word) for the next n words of a generator whose state is a
+// block of kWords words handed out in order: the words from `next` on, the
+// block renewed by regenerate() (which sets next to 0) each time it is used
+// up. Each stretch is one loop over contiguous words, written to be vectorised.
+template <std::size_t kWords, class Regenerate, class Output>
+void DrawFromBlocks(const std::uint32_t* block, std::size_t& next, std::uint32_t* dst,
+                    std::size_t n, Regenerate regenerate, Output output) {
+  while (n > 0) {
+    if (next == kWords) regenerate();
+    const std::size_t take = n < kWords - next ? n : kWords - next;
+    const std::uint32_t* src = block + next;
+    for (std::size_t k = 0; k < take; ++k) dst[k] = output(src[k]);
+    next += take;
+    dst += take;
+    n -= take;
+  }
+}
+
 // One factory per generator unit.
 std::unique_ptr<RandomGenerator> NewMT19937(std::uint32_t seed);
 std::unique_ptr<RandomGenerator> NewMCG31m1(std::uint32_t seed);

@@ -8,15 +8,11 @@
 
 #include "display/SplitTrees.h"
 #include "display/TableGrid.h"
-#include "qvsysbase/GenericGridObject.h"
 
 namespace qvsysbase {
 namespace {
 
-using testing_support::Leaf;
-using testing_support::SideBySide;
-using testing_support::Stacked;
-using testing_support::TableGrid;
+using namespace testing_support;
 
 // Overrides only what it must.
 struct BareGrid : GenericGridObject {

@@ -6,17 +6,12 @@
 
 #include "display/SplitTrees.h"
 #include "display/TableGrid.h"
-#include "qvsysbase/GenericGridObject.h"
 #include "text/ScopedUserLocale.h"
 
 namespace qvsysbase {
 namespace {
 
-using testing_support::Leaf;
-using testing_support::ScopedUserLocale;
-using testing_support::SideBySide;
-using testing_support::Stacked;
-using testing_support::TableGrid;
+using namespace testing_support;
 
 constexpr unsigned kMax = std::numeric_limits<unsigned>::max();
 

@@ -10,9 +10,7 @@
 namespace qvsysbase {
 namespace {
 
-using testing_support::Leaf;
-using testing_support::SideBySide;
-using testing_support::Stacked;
+using namespace testing_support;
 using Numbers = std::vector<unsigned>;
 
 TEST(SplittingInformationTest, SizesAndIndexRanges) {

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "ExpectThrow.h"
 #include "numerics/KernelTestSupport.h"
 #include "numerics/VectorMath.h"
 #include "qvsysbase/IntelSPLHandler.h"
@@ -23,6 +24,7 @@ namespace {
 
 using H = IntelSPLHandler;
 using ::testing::Pointwise;
+using testing_support::ExpectThrowText;
 using testing_support::ReportCapture;
 using testing_support::Select;
 using Vec = std::vector<double>;
@@ -238,35 +240,35 @@ TEST(FastKernelsTest, PlainSetOperandOrder) {
 
 // ---- Vector-math statuses ----------------------------------------------------
 
-struct ExpLnImpl {
+struct VectorMathImpl {
   const char* name;
   void (*exp)(double*, int);
   void (*ln)(double*, int);
+  void (*sqrt)(const double*, double*, int);
 };
 
-// The installed pair and each vector width the processor can run.
-std::vector<ExpLnImpl> ExpLnImpls() {
+// The installed set and each vector width the processor can run.
+std::vector<VectorMathImpl> VectorMathImpls() {
   Select(H::SplModeMKL);
-  std::vector<ExpLnImpl> impls = {{"installed", H::nspdbExp1, H::nspdbLn1}};
+  std::vector<VectorMathImpl> impls = {
+      {"installed", H::nspdbExp1, H::nspdbLn1, [](const double* s, double* d, int n) {
+         H::nspdbSqrt2(s, d, n);
+       }}};
   if (__builtin_cpu_supports("avx512f"))
-    impls.push_back({"avx512", &detail::ExpInPlaceAvx512, &detail::LnInPlaceAvx512});
+    impls.push_back(
+        {"avx512", &detail::ExpInPlaceAvx512, &detail::LnInPlaceAvx512, &detail::SqrtAvx512});
   if (__builtin_cpu_supports("avx"))
-    impls.push_back({"avx", &detail::ExpInPlaceAvx, &detail::LnInPlaceAvx});
+    impls.push_back({"avx", &detail::ExpInPlaceAvx, &detail::LnInPlaceAvx, &detail::SqrtAvx});
   return impls;
 }
 
 TEST(VectorMathStatusTest, FiniteExpOverflowThrowsWithTheFunctionName) {
-  for (const ExpLnImpl& impl : ExpLnImpls()) {
+  for (const VectorMathImpl& impl : VectorMathImpls()) {
     for (const int at : {0, 3, 7, 8, 12}) {  // in full vectors and in the tail
       SCOPED_TRACE(::testing::Message() << impl.name << ", overflow at " << at);
       Vec v(13, 1.0);
       v[at] = 710.0;
-      try {
-        impl.exp(v.data(), 13);
-        ADD_FAILURE() << "no exception";
-      } catch (const std::overflow_error& e) {
-        EXPECT_STREQ(e.what(), "vdExp");
-      }
+      ExpectThrowText<std::overflow_error>([&] { impl.exp(v.data(), 13); }, "vdExp");
     }
   }
 }
@@ -274,7 +276,7 @@ TEST(VectorMathStatusTest, FiniteExpOverflowThrowsWithTheFunctionName) {
 // Underflow, infinities and NaN raise nothing; a log of zero or a negative is
 // reported, not thrown.
 TEST(VectorMathStatusTest, OnlyLogDomainErrorsAreReported) {
-  for (const ExpLnImpl& impl : ExpLnImpls()) {
+  for (const VectorMathImpl& impl : VectorMathImpls()) {
     SCOPED_TRACE(impl.name);
     ReportCapture capture;
     Vec e = {-1000.0, kInf, -kInf, kNaN, 709.0};
@@ -295,18 +297,13 @@ TEST(VectorMathStatusTest, OnlyLogDomainErrorsAreReported) {
 // A negative argument of sqrt is reported once, in or out of place, in full
 // vectors and in the tail; -0.0 and NaN are not errors.
 TEST(VectorMathStatusTest, SqrtReportsEachNegativeArgument) {
-  Select(H::SplModeMKL);
-  std::vector<std::pair<const char*, void (*)(const double*, double*, int)>> impls = {
-      {"installed", [](const double* s, double* d, int n) { H::nspdbSqrt2(s, d, n); }}};
-  if (__builtin_cpu_supports("avx512f")) impls.emplace_back("avx512", &detail::SqrtAvx512);
-  if (__builtin_cpu_supports("avx")) impls.emplace_back("avx", &detail::SqrtAvx);
-  for (const auto& [name, sqrt] : impls) {
-    SCOPED_TRACE(name);
+  for (const VectorMathImpl& impl : VectorMathImpls()) {
+    SCOPED_TRACE(impl.name);
     ReportCapture capture;
     Vec v = {4.0, -1.0, -0.0, kNaN, 9.0, 1.0, 1.0, 1.0, 16.0, 2.25, -kInf};
     Vec out(v.size());
-    sqrt(v.data(), out.data(), 11);
-    sqrt(v.data(), v.data(), 11);
+    impl.sqrt(v.data(), out.data(), 11);
+    impl.sqrt(v.data(), v.data(), 11);
     const Vec expected = {2.0, kNaN, -0.0, kNaN, 3.0, 1, 1, 1, 4.0, 1.5, kNaN};
     EXPECT_THAT(out, Pointwise(WithinUlps(0), expected));
     EXPECT_THAT(v, Pointwise(WithinUlps(0), expected));

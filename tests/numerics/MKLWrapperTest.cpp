@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "ExpectThrow.h"
 #include "numerics/KernelTestSupport.h"
 #include "numerics/MKLWrapper.h"
 #include "qvsysbase/IntelSPLHandler.h"
-#include "qvsysbase/qvExcept.h"
 
 namespace qvsysbase {
 namespace {
@@ -167,13 +167,8 @@ TEST(KernelBufferTest, ZeroedBuffersFillWholeCacheLinesAndFastOnesAreAligned) {
 TEST(KernelBufferTest, ZeroedBufferNeedsTheAllocationSlots) {
   Select(H::SplModeMKL);
   H::nspdMalloc = nullptr;
-  try {
-    H::AllocateZeroedBuffer(4);
-    ADD_FAILURE() << "no assertion";
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(e.getMessage(), "nspdMalloc && nspdbZero");
-    EXPECT_EQ(e.getFile(), "MKLWrapper");
-  }
+  testing_support::ExpectThrowText([] { H::AllocateZeroedBuffer(4); }, "nspdMalloc && nspdbZero",
+                                   "MKLWrapper");
   Select(H::SplModePlain);
 }
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "ExpectThrow.h"
 #include "numerics/KernelTestSupport.h"
 #include "numerics/RandomStreamLists.h"
 #include "qvsysbase/IntelSPLHandler.h"
 #include "qvsysbase/RandomStreams.h"
-#include "qvsysbase/qvExcept.h"
 
 namespace qvsysbase {
 namespace {
@@ -21,6 +21,7 @@ namespace {
 using H = IntelSPLHandler;
 using detail::RandomHolder;
 using detail::RandomListLength;
+using testing_support::ExpectThrowText;
 using testing_support::ReportCapture;
 using Normals = std::vector<double>;
 using Words = std::vector<unsigned>;
@@ -121,12 +122,8 @@ TEST_F(RandomStreamsTest, IndicesBeyondTheListFailTheBoundsCheck) {
   Words words(8, 9u);
   for (int n : {5, 0, -3}) {
     SCOPED_TRACE(n);
-    try {
-      H::nspdbRandGaus(normals.data(), n, 2);
-      ADD_FAILURE() << "no exception";
-    } catch (const std::out_of_range& e) {
-      EXPECT_STREQ(e.what(), "vector subscript out of range");
-    }
+    ExpectThrowText<std::out_of_range>([&] { H::nspdbRandGaus(normals.data(), n, 2); },
+                                       "vector subscript out of range");
     EXPECT_THROW(H::nspiRandUniformBits(words.data(), n, 1), std::out_of_range);
   }
   // Negative and zero counts draw nothing: the stream goes on where it was.
@@ -137,23 +134,13 @@ TEST_F(RandomStreamsTest, IndicesBeyondTheListFailTheBoundsCheck) {
   EXPECT_EQ(Gauss(6, 1), StandaloneGauss(kBrngMT19937, 1, 6));
   // Null destinations with n == 0 are fine; with n > 0 they break the contract.
   H::nspdbRandGaus(nullptr, 0, 1);
-  try {
-    H::nspdbRandGaus(nullptr, 2, 1);
-    ADD_FAILURE() << "no assertion";
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(e.getMessage(), "dst || n <= 0");
-    EXPECT_EQ(e.getFile(), "RandomStreamLists");
-  }
+  ExpectThrowText([] { H::nspdbRandGaus(nullptr, 2, 1); }, "dst || n <= 0", "RandomStreamLists");
   EXPECT_THROW(H::nspiRandUniformBits(nullptr, 1, 0), AssertionException);
 }
 
 TEST_F(RandomStreamsTest, AnIndexBeyondTheLimitIsRefusedBeforeAnythingIsAllocated) {
-  try {
-    H::InitRandGenWithSeed(1, kMaxRandomStreams);
-    ADD_FAILURE() << "no assertion";
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(e.getMessage(), "index < kMaxRandomStreams");
-  }
+  ExpectThrowText([] { H::InitRandGenWithSeed(1, kMaxRandomStreams); },
+                  "index < kMaxRandomStreams");
   EXPECT_THROW(H::InitRandUniformGen(1, true, std::numeric_limits<unsigned>::max()),
                AssertionException);
   EXPECT_EQ(RandomListLength(true), 0u);
@@ -275,12 +262,8 @@ TEST(RandomStatusText, EveryStatusHasItsText) {
 }
 
 TEST(StandaloneRandomStreamTest, RefusesUnknownGenerators) {
-  try {
-    StandaloneRandomStream stream(0x600000, 1);
-    ADD_FAILURE() << "no exception";
-  } catch (const std::domain_error& e) {
-    EXPECT_STREQ(e.what(), "unknown random generator");
-  }
+  ExpectThrowText<std::domain_error>([] { StandaloneRandomStream(0x600000, 1); },
+                                     "unknown random generator");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "ExpectThrow.h"
 #include "numerics/KernelTestSupport.h"
 #include "numerics/NistProblems.h"
 #include "numerics/NumericJacobian.h"
@@ -22,6 +23,7 @@
 namespace qvsysbase::testing {
 namespace {
 
+using testing_support::ExpectThrowText;
 using testing_support::Select;
 
 constexpr double kRequiredDigits = 6.0;
@@ -52,26 +54,48 @@ struct Outcome {
   double r1 = 0.0, r2 = 0.0;
 };
 
+// The arguments of one call: the settings of the NIST runs unless a test
+// changes them.
+struct Call {
+  int n = 1, m = 1;
+  double* x = nullptr;
+  const double *lower = nullptr, *upper = nullptr;
+  TRResidualFn fcn = &Residuals;
+  const double* eps = kNistEps;
+  int maxIter = kNistMaxIter, maxTrialIter = kNistMaxTrialIter;
+  double jacEps = kNistJacEps, rs = kNistInitialRegion;
+
+  bool Run(Fit& fit, Outcome& o) const {
+    return IntelSPLHandler::nspTROptimise(n,
+                                          x,
+                                          lower,
+                                          upper,
+                                          m,
+                                          fcn,
+                                          &fit,
+                                          maxIter,
+                                          maxTrialIter,
+                                          eps,
+                                          jacEps,
+                                          rs,
+                                          &o.iterations,
+                                          &o.stop,
+                                          &o.r1,
+                                          &o.r2);
+  }
+};
+
 Outcome Optimise(Fit fit, int m, std::vector<double> x, const double* lower = nullptr,
                  const double* upper = nullptr, int maxIter = kNistMaxIter) {
   Outcome o;
   o.x = std::move(x);
-  o.result = IntelSPLHandler::nspTROptimise(static_cast<int>(o.x.size()),
-                                            o.x.data(),
-                                            lower,
-                                            upper,
-                                            m,
-                                            &Residuals,
-                                            &fit,
-                                            maxIter,
-                                            kNistMaxTrialIter,
-                                            kNistEps,
-                                            kNistJacEps,
-                                            kNistInitialRegion,
-                                            &o.iterations,
-                                            &o.stop,
-                                            &o.r1,
-                                            &o.r2);
+  const Call call{.n = static_cast<int>(o.x.size()),
+                  .m = m,
+                  .x = o.x.data(),
+                  .lower = lower,
+                  .upper = upper,
+                  .maxIter = maxIter};
+  o.result = call.Run(fit, o);
   o.evaluations = fit.evaluations;
   return o;
 }
@@ -179,25 +203,11 @@ TEST_F(TROptimiseTest, StopsOnTheRuleItMeetsAndKeepsTheLimits) {
     int maxIter, stop;
     bool result;
   };
+  const Fit alreadyOptimal{[](const double* x, double* f) { f[0] = x[0] - 1, f[1] = 0; }};
+  const Fit neverChanges{[](const double*, double* f) { f[0] = 1, f[1] = 2; }};
   const Case cases[] = {
-      {"already optimal",
-       Fit{[](const double* x, double* f) {
-         f[0] = x[0] - 1;
-         f[1] = 0;
-       }},
-       {1.0},
-       kNistMaxIter,
-       3,
-       false},
-      {"residuals never change",
-       Fit{[](const double*, double* f) {
-         f[0] = 1;
-         f[1] = 2;
-       }},
-       {1.0},
-       kNistMaxIter,
-       4,
-       false},
+      {"already optimal", alreadyOptimal, {1.0}, kNistMaxIter, 3, false},
+      {"residuals never change", neverChanges, {1.0}, kNistMaxIter, 4, false},
       {"iteration limit", SquareRoot(), {0.5}, 2, 1, false},
   };
   for (const Case& c : cases) {
@@ -233,56 +243,31 @@ TEST_F(TROptimiseTest, CallbackExceptionPassesThroughWithNothingLeaked) {
 }
 
 TEST_F(TROptimiseTest, BadInputIsRefusedBeforeAnyWork) {
-  const double eps[6] = {1e-10, 1e-10, 1e-10, 1e-10, 1e-10, 0.1};
   const double zeroTol[6] = {1e-10, 0.0, 1e-10, 1e-10, 1e-10, 0.1};
   const double lo[2] = {0.0, 0.0}, hi[2] = {1.0, -1.0};
-  struct Case {
+  const struct {
     const char* what;
-    int n, m;
-    bool nullX;
-    const double* eps;
-    int maxIter, maxTrialIter;
-    double rs;
-    const double *lower, *upper;
+    Call call;
+    bool nullX = false;
+  } cases[] = {
+      {"n below 1", {.n = 0, .m = 2}},
+      {"m below n", {.n = 2, .m = 1}},
+      {"null x", {.n = 2, .m = 2}, true},
+      {"null eps", {.n = 2, .m = 2, .eps = nullptr}},
+      {"zero tolerance", {.n = 2, .m = 2, .eps = zeroTol}},
+      {"no iterations", {.n = 2, .m = 2, .maxIter = 0}},
+      {"no trial iterations", {.n = 2, .m = 2, .maxTrialIter = 0}},
+      {"zero region", {.n = 2, .m = 2, .rs = 0}},
+      {"lower above upper", {.n = 2, .m = 2, .lower = lo, .upper = hi}},
   };
-  const Case cases[] = {
-      {"n below 1", 0, 2, false, eps, 10, 10, 1, nullptr, nullptr},
-      {"m below n", 2, 1, false, eps, 10, 10, 1, nullptr, nullptr},
-      {"null x", 2, 2, true, eps, 10, 10, 1, nullptr, nullptr},
-      {"null eps", 2, 2, false, nullptr, 10, 10, 1, nullptr, nullptr},
-      {"zero tolerance", 2, 2, false, zeroTol, 10, 10, 1, nullptr, nullptr},
-      {"no iterations", 2, 2, false, eps, 0, 10, 1, nullptr, nullptr},
-      {"no trial iterations", 2, 2, false, eps, 10, 0, 1, nullptr, nullptr},
-      {"zero region", 2, 2, false, eps, 10, 10, 0, nullptr, nullptr},
-      {"lower above upper", 2, 2, false, eps, 10, 10, 1, lo, hi},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     double x[2] = {0.25, 0.75};
     Fit fit{[](const double*, double* f) { f[0] = f[1] = 0; }};
-    int iter = -7, stop = -7;
-    double r1 = -7, r2 = -7;
-    try {
-      IntelSPLHandler::nspTROptimise(c.n,
-                                     c.nullX ? nullptr : x,
-                                     c.lower,
-                                     c.upper,
-                                     c.m,
-                                     &Residuals,
-                                     &fit,
-                                     c.maxIter,
-                                     c.maxTrialIter,
-                                     c.eps,
-                                     kNistJacEps,
-                                     c.rs,
-                                     &iter,
-                                     &stop,
-                                     &r1,
-                                     &r2);
-      ADD_FAILURE() << "accepted";
-    } catch (const std::runtime_error& e) {
-      EXPECT_STREQ(e.what(), detail::kTrInitErrorText);
-    }
+    Outcome o;
+    Call call = c.call;
+    call.x = c.nullX ? nullptr : x;
+    ExpectThrowText<std::runtime_error>([&] { call.Run(fit, o); }, detail::kTrInitErrorText);
     EXPECT_EQ(fit.evaluations, 0);
     EXPECT_EQ(x[0], 0.25);
     EXPECT_EQ(x[1], 0.75);
@@ -291,49 +276,25 @@ TEST_F(TROptimiseTest, BadInputIsRefusedBeforeAnyWork) {
 
 TEST_F(TROptimiseTest, ArgumentsTheSolverNeverSeesAreAsserted) {
   const double bound[1] = {0.0};
-  struct Case {
+  const char* kBothOrNeither = "(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)";
+  const struct {
     const char* condition;
-    const double *lower, *upper;
-    TRResidualFn fcn;
-    double jacEps;
+    Call call;
+  } cases[] = {
+      {kBothOrNeither, {.lower = bound}},
+      {kBothOrNeither, {.upper = bound}},
+      {"fcn != nullptr", {.fcn = nullptr}},
+      {"jacEps > 0.0 && std::isfinite(jacEps)", {.jacEps = 0.0}},
   };
-  const Case cases[] = {
-      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)",
-       bound,
-       nullptr,
-       &Residuals,
-       kNistJacEps},
-      {"(pLowBound && pUpperBound) || (!pLowBound && !pUpperBound)",
-       nullptr,
-       bound,
-       &Residuals,
-       kNistJacEps},
-      {"fcn != nullptr", nullptr, nullptr, nullptr, kNistJacEps},
-      {"jacEps > 0.0 && std::isfinite(jacEps)", nullptr, nullptr, &Residuals, 0.0},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.condition);
     double x[1] = {0.5};
     Fit fit = SquareRoot();
-    int iter = 0, stop = 0;
-    double r1 = 0, r2 = 0;
+    Outcome o;
+    Call call = c.call;
+    call.x = x;
     try {
-      IntelSPLHandler::nspTROptimise(1,
-                                     x,
-                                     c.lower,
-                                     c.upper,
-                                     1,
-                                     c.fcn,
-                                     &fit,
-                                     kNistMaxIter,
-                                     kNistMaxTrialIter,
-                                     kNistEps,
-                                     c.jacEps,
-                                     kNistInitialRegion,
-                                     &iter,
-                                     &stop,
-                                     &r1,
-                                     &r2);
+      call.Run(fit, o);
       ADD_FAILURE() << "accepted";
     } catch (const AssertionException& e) {
       EXPECT_EQ(e.getMessage(), c.condition);

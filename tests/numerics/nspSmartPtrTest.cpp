@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
+#include "ExpectThrow.h"
 #include "numerics/KernelTestSupport.h"
-#include "qvsysbase/qvExcept.h"
 
 namespace qvsysbase {
 namespace {
@@ -48,13 +48,8 @@ TEST(nspSmartPtrTest, BufferOutlivesModeChange) {
 
 TEST(nspSmartPtrTest, NegativeSizeIsRefused) {
   Select(IntelSPLHandler::SplModeMKL);
-  try {
-    nspSmartPtr<double>::Create(-1);
-    FAIL() << "no throw";
-  } catch (const AssertionException& e) {
-    EXPECT_EQ(e.getMessage(), "n >= 0");
-    EXPECT_EQ(e.getFile(), "nspSmartPtr");
-  }
+  testing_support::ExpectThrowText(
+      [] { nspSmartPtr<double>::Create(-1); }, "n >= 0", "nspSmartPtr");
 }
 
 }  // namespace

@@ -12,8 +12,8 @@
 #include <functional>
 #include <string>
 #include <system_error>
-#include <type_traits>
 
+#include "ExpectThrow.h"
 #include "qvsysbase/LoadStream.h"
 #include "qvsysbase/SaveStream.h"
 #include "qvsysbase/StreamObject.h"
@@ -22,6 +22,7 @@
 namespace qvtest {
 
 using namespace qvsysbase;
+using testing_support::ExpectThrowText;
 
 inline std::string Bytes(SaveStream& out) {
   int length = 0;
@@ -79,24 +80,6 @@ class TempPath {
  private:
   std::filesystem::path m_path;
 };
-
-// Runs `call` and checks that it throws E with text `text`; for an assertion,
-// `text` is the condition and `unit` its unit.
-template <typename E = AssertionException, typename F>
-void ExpectThrowText(F call, const std::string& text, const std::string& unit = "") {
-  try {
-    call();
-    ADD_FAILURE() << "no exception, expected " << text;
-  } catch (const E& e) {
-    if constexpr (std::is_same_v<E, AssertionException>) {
-      EXPECT_EQ(e.getMessage(), text);
-      EXPECT_EQ(e.getFile(), unit);
-      EXPECT_EQ(e.getOrvelVersion(), "12.00");
-    } else {
-      EXPECT_EQ(std::string(e.what()), text);
-    }
-  }
-}
 
 // An object with a chosen class name, whose body is `ints` integers; Load
 // reads `m_nReads` of them.
