@@ -88,9 +88,8 @@ TEST(BoxMuller, StreamsGiveTheSameNumbersThroughEveryWidth) {
 }
 
 // z1 = sqrt(-2 ln u1)·cos(2π u2), z2 = sqrt(-2 ln u1)·sin(2π u2) from each pair of
-// words, computed here with the run-time library: within a few ulps. With the
-// words pinned by the generator tests, this fixes every generator's normals,
-// so no statistical test of their distribution could fail where this passes.
+// words, computed here with the run-time library: within a few ulps. Whether
+// the formula makes normal numbers at all is the quality test's question.
 TEST(BoxMuller, PairsFollowTheFormulaInOrderFromTheOpenInterval) {
   struct Row {
     unsigned brng;
