@@ -158,29 +158,66 @@ bool ChartDifference::CompareWStr(std::wstring a, std::wstring b, std::wstring n
 
 namespace {
 
-std::wstring KeyText(const VarCaseKey& k) { return Text(k.nVar) + L", " + Text(k.nCase); }
-std::wstring KeyText(const std::pair<unsigned, unsigned>& k) {
-  return Text(k.first) + L", " + Text(k.second);
+// The parts of a key as they print, in order.
+std::vector<std::wstring> KeyParts(const VarCaseKey& k) { return {Text(k.nVar), Text(k.nCase)}; }
+std::vector<std::wstring> KeyParts(const std::pair<unsigned, unsigned>& k) {
+  return {Text(k.first), Text(k.second)};
 }
-std::wstring KeyText(const AxisStatusKey& k) {
-  return Text(k.nType) + L", " + Text(k.nAxisPos) + L", " + KeyNumber(k.dPosn) + L", " +
-         Text(k.nVar);
+std::vector<std::wstring> KeyParts(const AxisStatusKey& k) {
+  return {Text(k.nType), Text(k.nAxisPos), KeyNumber(k.dPosn), Text(k.nVar)};
 }
-std::wstring KeyText(const CompConstraintKey& k) {
-  return KeyNumber(k.dPosn) + L", " + Text(k.nVar) + L", " + Text(k.bAlphaMeansAlpha);
+std::vector<std::wstring> KeyParts(const CompConstraintKey& k) {
+  return {KeyNumber(k.dPosn), Text(k.nVar), Text(k.bAlphaMeansAlpha)};
 }
-std::wstring KeyText(const VarCasesKey& k) {
-  return Text(k.nVar) + L", {" + JoinList(k.vecCases) + L"}";
+std::vector<std::wstring> KeyParts(const VarCasesKey& k) {
+  return {Text(k.nVar), L"{" + JoinList(k.vecCases) + L"}"};
+}
+
+// A key inside "Values differ for" lines: its parts joined by ", ".
+template <typename K>
+std::wstring KeyText(const K& k) {
+  return JoinList(KeyParts(k));
 }
 std::wstring KeyText(
     const std::pair<std::pair<unsigned, unsigned>, std::pair<unsigned, unsigned>>& k) {
   return L"(" + KeyText(k.first) + L"), (" + KeyText(k.second) + L")";
 }
 
-const wchar_t* const kDataHeader = L"Data differences found for ";
+// How one keyed list is reported: its member name, the name of each part of
+// its key in group headers ("Var=", "Case="), and, for a list of plain values,
+// the value's name.
+struct ListNames {
+  static constexpr int kMaxKeyParts = 4;
+  const wchar_t* member;
+  const wchar_t* keyParts[kMaxKeyParts];  // unused trailing entries are null
+  const wchar_t* value;                   // null for lists of attribute records
+};
 
-std::wstring Header(const VarCaseKey& k, const wchar_t* second) {
-  return kDataHeader + (L"Var=" + Text(k.nVar)) + second + Text(k.nCase);
+constexpr ListNames kVarCaseNames{L"m_vecVarCase", {L"Var=", L"Case="}, nullptr};
+constexpr ListNames kVarIndexNames{L"m_vecVarIndex", {L"Var=", L"Index="}, nullptr};
+constexpr ListNames kVar1Var2Names{L"m_vecVar1Var2", {L"Var1=", L"Var2="}, L"VarFooter"};
+constexpr ListNames kVarValueNames{L"m_vecVarValue", {L"Var=", L"Value="}, L"ParticularValue"};
+constexpr ListNames kAxisStatusNames{
+    L"m_vecAxisStatusParms", {L"Type=", L"AxisPos=", L"Posn=", L"Var="}, L"AxisStatus"};
+constexpr ListNames kCompConstraintNames{
+    L"m_vecCompConstraintParms", {L"Posn=", L"Var=", L"AlphaMeansAlpha="}, nullptr};
+constexpr ListNames kVarVecCasesNames{L"m_vecVarVecCases", {L"Var=", L"Cases="}, nullptr};
+
+// "Data differences found for Var=1, Case=2": the header of one entry's group.
+template <typename K>
+std::wstring GroupHeader(const K& key, const ListNames& names) {
+  std::wstring text = L"Data differences found for ";
+  const std::vector<std::wstring> parts = KeyParts(key);
+  for (std::size_t i = 0; i < parts.size() && i < ListNames::kMaxKeyParts; ++i) {
+    if (i != 0) text += L", ";
+    text += names.keyParts[i];
+    text += parts[i];
+  }
+  return text;
+}
+
+std::wstring MapHeader(const wchar_t* member) {
+  return L"Differences found in " + std::wstring(member) + L" data";
 }
 
 // One comparison of two snapshots into `out`.
@@ -192,24 +229,28 @@ class SnapshotComparer {
   void Run(const FrozenChartData& a, const FrozenChartData& b) {
     if (Gate(OBJECT_SCALARS)) Scalars(a, b);
     if (Gate(OBJECT_VAR_MAPS)) {
-      Map(a.m_mapObs, b.m_mapObs, L"m_mapObs");
-      Map(a.m_mapDiscreteVar, b.m_mapDiscreteVar, L"m_mapDiscreteVar");
-      Map(a.m_mapVarHeader, b.m_mapVarHeader, L"m_mapVarHeader");
-      Map(a.m_mapParamType, b.m_mapParamType, L"m_mapParamType");
+      Map(a.m_mapObs, b.m_mapObs, L"m_mapObs", L"Var=");
+      Map(a.m_mapDiscreteVar, b.m_mapDiscreteVar, L"m_mapDiscreteVar", L"Var=");
+      Map(a.m_mapVarHeader, b.m_mapVarHeader, L"m_mapVarHeader", L"Var=");
+      Map(a.m_mapParamType, b.m_mapParamType, L"m_mapParamType", L"Var=");
     }
-    if (Gate(OBJECT_VAR_CASE)) VarCases(a, b);
-    if (Gate(OBJECT_VAR_INDEX)) VarIndices(a, b);
+    if (Gate(OBJECT_VAR_CASE)) List(a.m_vecVarCase, b.m_vecVarCase, kVarCaseNames);
+    if (Gate(OBJECT_VAR_INDEX)) List(a.m_vecVarIndex, b.m_vecVarIndex, kVarIndexNames);
     // Category 5 is compared before category 4, as the views list them.
-    if (Gate(OBJECT_VAR1_VAR2)) VarFooters(a, b);
-    if (Gate(OBJECT_VAR_VALUE)) ParticularValues(a, b);
-    if (Gate(OBJECT_AXIS_STATUS)) AxisStatuses(a, b);
+    if (Gate(OBJECT_VAR1_VAR2)) List(a.m_vecVar1Var2, b.m_vecVar1Var2, kVar1Var2Names);
+    if (Gate(OBJECT_VAR_VALUE)) List(a.m_vecVarValue, b.m_vecVarValue, kVarValueNames);
+    if (Gate(OBJECT_AXIS_STATUS))
+      List(a.m_vecAxisStatusParms, b.m_vecAxisStatusParms, kAxisStatusNames);
     if (Gate(OBJECT_PARAM_CONSTRAINTS)) {
-      ConstraintMap(a.m_mapParamConstraints, b.m_mapParamConstraints, L"m_mapParamConstraints");
-      ConstraintMap(
-          a.m_mapParamDiffConstraints, b.m_mapParamDiffConstraints, L"m_mapParamDiffConstraints");
+      Map(a.m_mapParamConstraints, b.m_mapParamConstraints, L"m_mapParamConstraints", L"ParmType=");
+      Map(a.m_mapParamDiffConstraints,
+          b.m_mapParamDiffConstraints,
+          L"m_mapParamDiffConstraints",
+          L"ParmType=");
     }
-    if (Gate(OBJECT_COMP_CONSTRAINTS)) CompConstraints(a, b);
-    if (Gate(OBJECT_VAR_VEC_CASES)) ConsolidatedValues(a, b);
+    if (Gate(OBJECT_COMP_CONSTRAINTS))
+      List(a.m_vecCompConstraintParms, b.m_vecCompConstraintParms, kCompConstraintNames);
+    if (Gate(OBJECT_VAR_VEC_CASES)) List(a.m_vecVarVecCases, b.m_vecVarVecCases, kVarVecCasesNames);
   }
 
  private:
@@ -285,59 +326,59 @@ class SnapshotComparer {
     }
   }
 
+  // A map, in the first chart's key order: a key missing from the second is
+  // one record, a present one has its value compared; the map's records go
+  // under one header. `keyName` prefixes a key ("Var=", "ParmType=").
   template <typename V>
-  void Map(const std::map<unsigned, V>& a, const std::map<unsigned, V>& b, const wchar_t* member) {
+  void Map(const std::map<unsigned, V>& a, const std::map<unsigned, V>& b, const wchar_t* member,
+           const wchar_t* keyName) {
     if (!Count(a.size(), b.size(), member, m_out)) return;
     m_group.clear();
     for (const auto& [key, value] : a) {
       auto it = b.find(key);
       if (it == b.end()) {
-        m_group.emplace_back(kValue, -1, L"Var=" + Text(key) + L": entry missing in second chart");
+        m_group.emplace_back(kValue, -1, keyName + Text(key) + L": entry missing in second chart");
         continue;
       }
-      Value(
-          value, it->second, [key] { return L"Var=" + Text(key); }, m_group);
+      MapEntry(key, keyName, value, it->second);
     }
     FlushGroup(
-        m_group,
-        [member] { return L"Differences found in " + std::wstring(member) + L" data"; },
-        m_out);
+        m_group, [member] { return MapHeader(member); }, m_out);
   }
 
+  template <typename V>
+  void MapEntry(unsigned key, const wchar_t* keyName, const V& a, const V& b) {
+    Value(
+        a, b, [key, keyName] { return keyName + Text(key); }, m_group);
+  }
+  void MapEntry(unsigned key, const wchar_t* keyName, const ParamConstraints& a,
+                const ParamConstraints& b) {
+    ConstraintGroup(key, keyName, a, b);
+  }
+  void MapEntry(unsigned key, const wchar_t* keyName, const ParamDiffConstraints& a,
+                const ParamDiffConstraints& b) {
+    ConstraintGroup(key, keyName, a, b);
+  }
+
+  // The constraints of one parameter type, grouped under their own header.
   template <typename C>
-  void ConstraintMap(const std::map<unsigned, C>& a, const std::map<unsigned, C>& b,
-                     const wchar_t* member) {
-    if (!Count(a.size(), b.size(), member, m_out)) return;
-    m_group.clear();
-    for (const auto& [key, value] : a) {
-      auto it = b.find(key);
-      if (it == b.end()) {
-        m_group.emplace_back(
-            kValue, -1, L"ParmType=" + Text(key) + L": entry missing in second chart");
-        continue;
+  void ConstraintGroup(unsigned key, const wchar_t* keyName, const C& a, const C& b) {
+    m_entry.clear();
+    Value(a.bLeftAlign, b.bLeftAlign, L"bLeftAlign", m_entry);
+    if (Count(a.vecPairs.size(), b.vecPairs.size(), L"vecPairs", m_entry)) {
+      for (std::size_t i = 0; i < a.vecPairs.size(); ++i) {
+        if (!m_options.m_bReportAll && a.vecPairs[i] == b.vecPairs[i]) continue;
+        m_entry.emplace_back(kValue,
+                             -1,
+                             L"Values differ for vecPairs[" + std::to_wstring(i) + L"]: (" +
+                                 KeyText(a.vecPairs[i]) + L") vs. (" + KeyText(b.vecPairs[i]) +
+                                 L")");
       }
-      m_entry.clear();
-      ConstraintEntry(value, it->second, m_entry);
-      FlushGroup(
-          m_entry, [key] { return L"Differences found for ParmType=" + Text(key); }, m_group);
     }
     FlushGroup(
-        m_group,
-        [member] { return L"Differences found in " + std::wstring(member) + L" data"; },
-        m_out);
-  }
-
-  template <typename C>
-  void ConstraintEntry(const C& a, const C& b, Diffs& into) const {
-    Value(a.bLeftAlign, b.bLeftAlign, L"bLeftAlign", into);
-    if (!Count(a.vecPairs.size(), b.vecPairs.size(), L"vecPairs", into)) return;
-    for (std::size_t i = 0; i < a.vecPairs.size(); ++i) {
-      if (!m_options.m_bReportAll && a.vecPairs[i] == b.vecPairs[i]) continue;
-      into.emplace_back(kValue,
-                        -1,
-                        L"Values differ for vecPairs[" + std::to_wstring(i) + L"]: (" +
-                            KeyText(a.vecPairs[i]) + L") vs. (" + KeyText(b.vecPairs[i]) + L")");
-    }
+        m_entry,
+        [key, keyName] { return L"Differences found for " + (keyName + Text(key)); },
+        m_group);
   }
 
   // Appends a header and the group's records when the group is not empty; the
@@ -352,122 +393,56 @@ class SnapshotComparer {
 
   // A keyed list, walked by position: keys that differ are one record; the
   // attributes of equal keys go under a header naming the key.
-  template <typename K, typename V, typename Attributes, typename MakeHeader>
-  void List(const KeyedList<K, V>& a, const KeyedList<K, V>& b, const wchar_t* member,
-            const Attributes& attributes, const MakeHeader& header) {
-    if (!Count(a.size(), b.size(), member, m_out)) return;
+  template <typename K, typename V>
+  void List(const KeyedList<K, V>& a, const KeyedList<K, V>& b, const ListNames& names) {
+    if (!Count(a.size(), b.size(), names.member, m_out)) return;
     for (std::size_t i = 0; i < a.size(); ++i) {
       if (!(a[i].first == b[i].first)) {
         m_out.emplace_back(kValue,
                            -1,
-                           L"Values differ for " + std::wstring(member) + L"[" +
+                           L"Values differ for " + std::wstring(names.member) + L"[" +
                                std::to_wstring(i) + L"]: (" + KeyText(a[i].first) + L") vs. (" +
                                KeyText(b[i].first) + L")");
         continue;
       }
-      attributes(a[i].second, b[i].second, m_entry);
+      Attributes(a[i].second, b[i].second, names.value, m_entry);
       FlushGroup(
-          m_entry, [&] { return header(a[i].first); }, m_out);
+          m_entry, [&] { return GroupHeader(a[i].first, names); }, m_out);
     }
   }
 
-  void VarCases(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecVarCase,
-        b.m_vecVarCase,
-        L"m_vecVarCase",
-        [this](const PointAttributes& x, const PointAttributes& y, Diffs& into) {
-          Value(x.bValid, y.bValid, L"Valid", into);
-          Value(x.bConnected, y.bConnected, L"Connected", into);
-          Value(x.dValue, y.dValue, L"Value", into);
-          Value(x.wstrText, y.wstrText, L"Text", into);
-          Value(x.nPointStatus, y.nPointStatus, L"PointStatus", into);
-          Value(x.nPointColor, y.nPointColor, L"PointColor", into);
-          Value(x.bPointMarked, y.bPointMarked, L"PointMarked", into);
-          Value(x.bLabelMajor, y.bLabelMajor, L"LabelMajor", into);
-          Value(x.wstrLabel, y.wstrLabel, L"Label", into);
-          Value(x.wstrHint, y.wstrHint, L"Hint", into);
-        },
-        [](const VarCaseKey& k) { return Header(k, L", Case="); });
+  // The attributes of one entry, in their reporting order. A plain value is
+  // reported under the list's value name.
+  template <typename T>
+  void Attributes(const T& x, const T& y, const wchar_t* name, Diffs& into) const {
+    Value(x, y, name, into);
   }
-
-  void VarIndices(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecVarIndex,
-        b.m_vecVarIndex,
-        L"m_vecVarIndex",
-        [this](const HintLabel& x, const HintLabel& y, Diffs& into) {
-          Value(x.bResult, y.bResult, L"HintLabel(bool)", into);
-          Value(x.wstrText, y.wstrText, L"HintLabel(text)", into);
-        },
-        [](const VarCaseKey& k) { return Header(k, L", Index="); });
+  void Attributes(const PointAttributes& x, const PointAttributes& y, const wchar_t*,
+                  Diffs& into) const {
+    Value(x.bValid, y.bValid, L"Valid", into);
+    Value(x.bConnected, y.bConnected, L"Connected", into);
+    Value(x.dValue, y.dValue, L"Value", into);
+    Value(x.wstrText, y.wstrText, L"Text", into);
+    Value(x.nPointStatus, y.nPointStatus, L"PointStatus", into);
+    Value(x.nPointColor, y.nPointColor, L"PointColor", into);
+    Value(x.bPointMarked, y.bPointMarked, L"PointMarked", into);
+    Value(x.bLabelMajor, y.bLabelMajor, L"LabelMajor", into);
+    Value(x.wstrLabel, y.wstrLabel, L"Label", into);
+    Value(x.wstrHint, y.wstrHint, L"Hint", into);
   }
-
-  void VarFooters(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecVar1Var2,
-        b.m_vecVar1Var2,
-        L"m_vecVar1Var2",
-        [this](const std::wstring& x, const std::wstring& y, Diffs& into) {
-          Value(x, y, L"VarFooter", into);
-        },
-        [](const std::pair<unsigned, unsigned>& k) {
-          return kDataHeader + (L"Var1=" + Text(k.first)) + L", Var2=" + Text(k.second);
-        });
+  void Attributes(const HintLabel& x, const HintLabel& y, const wchar_t*, Diffs& into) const {
+    Value(x.bResult, y.bResult, L"HintLabel(bool)", into);
+    Value(x.wstrText, y.wstrText, L"HintLabel(text)", into);
   }
-
-  void ParticularValues(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecVarValue,
-        b.m_vecVarValue,
-        L"m_vecVarValue",
-        [this](double x, double y, Diffs& into) { Value(x, y, L"ParticularValue", into); },
-        [](const std::pair<unsigned, unsigned>& k) {
-          return Header(VarCaseKey{k.first, k.second}, L", Value=");
-        });
+  void Attributes(const CompConstraint& x, const CompConstraint& y, const wchar_t*,
+                  Diffs& into) const {
+    Value(x.nResult, y.nResult, L"CompConstraint(int)", into);
+    Value(x.wstrText, y.wstrText, L"CompConstraint(wstr)", into);
   }
-
-  void AxisStatuses(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecAxisStatusParms,
-        b.m_vecAxisStatusParms,
-        L"m_vecAxisStatusParms",
-        [this](double x, double y, Diffs& into) { Value(x, y, L"AxisStatus", into); },
-        [](const AxisStatusKey& k) {
-          return kDataHeader + (L"Type=" + Text(k.nType)) + L", AxisPos=" + Text(k.nAxisPos) +
-                 L", Posn=" + KeyNumber(k.dPosn) + L", Var=" + Text(k.nVar);
-        });
-  }
-
-  void CompConstraints(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecCompConstraintParms,
-        b.m_vecCompConstraintParms,
-        L"m_vecCompConstraintParms",
-        [this](const CompConstraint& x, const CompConstraint& y, Diffs& into) {
-          Value(x.nResult, y.nResult, L"CompConstraint(int)", into);
-          Value(x.wstrText, y.wstrText, L"CompConstraint(wstr)", into);
-        },
-        [](const CompConstraintKey& k) {
-          return kDataHeader + (L"Posn=" + KeyNumber(k.dPosn)) + L", Var=" + Text(k.nVar) +
-                 L", AlphaMeansAlpha=" + Text(k.bAlphaMeansAlpha);
-        });
-  }
-
-  void ConsolidatedValues(const FrozenChartData& a, const FrozenChartData& b) {
-    List(
-        a.m_vecVarVecCases,
-        b.m_vecVarVecCases,
-        L"m_vecVarVecCases",
-        [this](const Consolidated& x, const Consolidated& y, Diffs& into) {
-          Value(x.dValue, y.dValue, L"ConsolidatedValue", into);
-          Value(x.wstrLabel, y.wstrLabel, L"ConsolidatedLabel", into);
-          Value(x.wstrHint, y.wstrHint, L"ConsolidatedHint", into);
-        },
-        [](const VarCasesKey& k) {
-          return kDataHeader + (L"Var=" + Text(k.nVar)) + L", Cases={" + JoinList(k.vecCases) +
-                 L"}";
-        });
+  void Attributes(const Consolidated& x, const Consolidated& y, const wchar_t*, Diffs& into) const {
+    Value(x.dValue, y.dValue, L"ConsolidatedValue", into);
+    Value(x.wstrLabel, y.wstrLabel, L"ConsolidatedLabel", into);
+    Value(x.wstrHint, y.wstrHint, L"ConsolidatedHint", into);
   }
 
   const ChartComparisonOptions& m_options;

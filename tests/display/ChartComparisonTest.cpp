@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "display/AllocationCounter.h"
 #include "qvsysbase/ChartComparison.h"
 
 namespace qvsysbase {
@@ -231,24 +230,6 @@ TEST(ChartComparisonTest, ReportAllListsEveryValueButNoAgreeingCount) {
                                        L"# Data differences found for Var=0, Index=0",
                                        L"HintLabel(bool): (true) vs. (true)",
                                        L"HintLabel(text): (t) vs. (t)"}));
-}
-
-TEST(ChartComparisonTest, EqualSnapshotsCompareWithoutAllocatingPerPoint) {
-  FrozenChartData a;
-  for (unsigned c = 0; c < 1000; ++c) {
-    PointAttributes p;
-    p.dValue = c;
-    p.wstrText = L"a text longer than any short-string buffer";
-    a.m_vecVarCase.emplace_back(VarCaseKey{0, c}, p);
-    a.m_vecVarIndex.emplace_back(VarCaseKey{0, c}, HintLabel{true, L"another long hint text"});
-  }
-  const FrozenChartData b = a;
-  Diffs d;
-  d.reserve(1);
-  ChartComparisonOptions o;
-  qvtest::AllocationCounter counter;
-  EXPECT_TRUE(CompareFrozenChartData(a, b, d, o));
-  EXPECT_EQ(counter.Count(), 0);
 }
 
 }  // namespace

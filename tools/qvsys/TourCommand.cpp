@@ -3,8 +3,11 @@
 // Aborter, compares every estimate with its certified value, shows the estimates
 // as a grid object with its clipboard text, saves the result as
 // a record tree into a stream file, reads it back, checks it, and shows the
-// file's structure; then fits a nonlinear model through the trust-region slot
-// and compares its estimates and standard errors with the certified ones.
+// file's structure; freezes a chart of the residuals before and after one
+// observation changes, saves both snapshots and shows their differences, in
+// memory and through chart-diff on the saved files; then fits a nonlinear model
+// through the trust-region slot and compares its estimates and standard errors
+// with the certified ones.
 #include <qvsysbase/qvsysbase.h>
 
 #include <cstdio>
@@ -16,6 +19,7 @@
 #include "NonlinearFit.h"
 #include "ProgressDisplay.h"
 #include "RegressionRecord.h"
+#include "ResidualChart.h"
 
 namespace qvsys {
 namespace {
@@ -28,6 +32,10 @@ constexpr double kRequiredDigits = 11.0;
 // The nonlinear fit: the estimates to six digits, their standard errors to four.
 constexpr double kRequiredNonlinearDigits = 6.0;
 constexpr double kRequiredStandardErrorDigits = 4.0;
+// The chart step raises one observation's y by this much, without fitting
+// again: a change a comparison must find at that point and nowhere else.
+constexpr unsigned kChangedObservation = 7;
+constexpr double kChange = 500.0;
 
 void SelectFastKernels() {
   const unsigned threads = IntelSPLHandler::getDefaultThreads();
@@ -81,6 +89,49 @@ bool ReadBack(const RegressionRecord& saved, const std::string& path) {
   const bool same = stream.good() && loaded == saved;
   std::printf("read back: %s\n", same ? "identical to what was saved" : "DIFFERENT");
   return same;
+}
+
+bool SaveChart(const qvsysbase::FreezableObject& chart, const std::string& path) {
+  qvsysbase::SaveStream stream;
+  stream.InitFileStream(path.c_str());
+  chart.SaveToStream(stream);
+  stream.CloseStream();
+  if (!stream.good()) std::fprintf(stderr, "qvsys tour: could not write %s\n", path.c_str());
+  return stream.good();
+}
+
+// Freezes the residual chart, changes one observation, freezes it again and
+// compares: in memory, then through chart-diff on the two saved snapshots. True
+// when both find the one changed point (a header and its value) and nothing else.
+bool ChartSection(const RegressionProblem& problem, const RegressionFit& fit,
+                  const std::string& path) {
+  const std::string before = path + ".chart1", after = path + ".chart2";
+  ResidualChart chart(problem, fit);
+  qvsysbase::FreezableObject first, second;
+  first.setChartObject(&chart);
+  first.Freeze();
+  std::printf("\nthe residuals as a live chart, frozen (%u points) and saved: %s\n",
+              first.GetNObsChart(0),
+              before.c_str());
+  chart.ShiftObservation(kChangedObservation, kChange);
+  second.setChartObject(&chart);
+  second.Freeze();
+  std::printf("observation %u (case %u): y raised by %.0f, no refit; frozen again and saved: %s\n",
+              kChangedObservation + 1,
+              kChangedObservation,
+              kChange,
+              after.c_str());
+  const bool saved = SaveChart(first, before) && SaveChart(second, after);
+  std::vector<qvsysbase::ChartDifference> diffs;
+  const bool equal = first.compareChartObjects(&second, diffs, qvsysbase::ChartComparisonOptions());
+  std::printf("\nthe two snapshots compared:\n");
+  std::fflush(stdout);
+  PrintChartDifferences(diffs);
+  std::printf("\nqvsys chart-diff on the saved files:\n");
+  std::fflush(stdout);
+  const int status = RunChartDiff({before, after});
+  std::fflush(stdout);
+  return saved && !equal && diffs.size() == 2 && status == 1;
 }
 
 // Fits the nonlinear problem and prints it beside the certified values; true
@@ -160,8 +211,11 @@ int RunTour(const Arguments& args) {
   std::fflush(stdout);
   const int dumpStatus = RunDump({path});
   std::fflush(stdout);
+  const bool charted = ChartSection(problem, fit, path);
   const bool nonlinear = NonlinearSection(aborter);
-  return fewest >= kRequiredDigits && gridShown && same && dumpStatus == 0 && nonlinear ? 0 : 1;
+  return fewest >= kRequiredDigits && gridShown && same && dumpStatus == 0 && charted && nonlinear
+             ? 0
+             : 1;
 }
 
 }  // namespace

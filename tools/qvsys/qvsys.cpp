@@ -15,6 +15,9 @@ constexpr Command kCommands[] = {
     {"help", "help                 print this text", nullptr},
     {"dump", "dump FILE            print a stream's header and record tree", RunDump},
     {"tour", "tour [FILE]          fit NIST Longley through the kernels, save, reload, dump;\n                       fit NIST Misra1a through the trust-region slot", RunTourCommand},
+    {"chart-diff", "chart-diff FILE1 FILE2 [options]\n"
+                   "                       compare two saved frozen charts (options: chart-diff --help)",
+     RunChartDiff},
     {"rng", "rng GENERATOR [--gauss] [--seed S] [--count N]\n"
             "                       raw 32-bit words of a random generator on standard output",
      RunRng},
